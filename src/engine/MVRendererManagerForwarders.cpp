@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The operations of MVRendererManager that find a renderer and hand the call on.
+#include "engine/MVPatchRenderer.h"
+#include "engine/MVRendererManager.h"
+#include "foundation/MVResult.h"
+
+namespace morvanelab
+{
+
+namespace
+{
+
+/** What a renderer's operation answers, or a stand-in where there is no such renderer. */
+template <typename Result, typename Ask>
+Result askRenderer (const MVRendererManager& manager, std::uint64_t id, Result otherwise, Ask ask)
+{
+    manager.withRenderer (id, [&] (MVPatchRenderer& renderer) { otherwise = static_cast<Result> (ask (renderer)); });
+    return otherwise;
+}
+
+} // namespace
+
+int MVRendererManager::noteOn (std::uint64_t id, int key, double velocity)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.noteOn (key, velocity); });
+}
+
+int MVRendererManager::noteOff (std::uint64_t id, int key)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.noteOff (key); });
+}
+
+int MVRendererManager::startMonoVoice (std::uint64_t id)
+{
+    return withRenderer (id, [] (MVPatchRenderer& renderer) { renderer.startMonoVoice(); });
+}
+
+int MVRendererManager::killAllVoices (std::uint64_t id)
+{
+    return withRenderer (id, [] (MVPatchRenderer& renderer) { renderer.killAllVoices(); });
+}
+
+int MVRendererManager::setPlayMode (std::uint64_t id, int mode)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.setPlayMode (mode); });
+}
+
+int MVRendererManager::getPlayMode (std::uint64_t id) const
+{
+    return askRenderer (*this, id, 0, [] (const MVPatchRenderer& renderer) { return renderer.getPlayMode(); });
+}
+
+int MVRendererManager::setEnabled (std::uint64_t id, bool on)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.setEnabled (on); });
+}
+
+bool MVRendererManager::isEnabled (std::uint64_t id) const
+{
+    return askRenderer (*this, id, false, [] (const MVPatchRenderer& renderer) { return renderer.isEnabled(); });
+}
+
+int MVRendererManager::setInputMuted (std::uint64_t id, bool on)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.setInputMuted (on); });
+}
+
+int MVRendererManager::setOutputMuted (std::uint64_t id, bool on)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.setOutputMuted (on); });
+}
+
+bool MVRendererManager::isInputMuted (std::uint64_t id) const
+{
+    return askRenderer (*this, id, false, [] (const MVPatchRenderer& renderer) { return renderer.isInputMuted(); });
+}
+
+bool MVRendererManager::isOutputMuted (std::uint64_t id) const
+{
+    return askRenderer (*this, id, false, [] (const MVPatchRenderer& renderer) { return renderer.isOutputMuted(); });
+}
+
+int MVRendererManager::resetRenderer (std::uint64_t id)
+{
+    return withRenderer (id, [] (MVPatchRenderer& renderer) { renderer.reset(); });
+}
+
+// These three take their time and belong to the thread that alone destroys renderers, so no lock is held meanwhile.
+
+int MVRendererManager::loadPatch (std::uint64_t id, int layer, MVSmartPtr<MVObject>& data)
+{
+    MVPatchRenderer* const renderer = find (id);
+    return renderer != nullptr ? renderer->loadPatch (layer, data) : int { resultUnknownId };
+}
+
+int MVRendererManager::advanceTransition (std::uint64_t id, int fadeBlocks, bool notify)
+{
+    MVPatchRenderer* const renderer = find (id);
+    return renderer != nullptr ? renderer->advanceTransition (fadeBlocks, notify) : int { resultUnknownId };
+}
+
+int MVRendererManager::unloadPatch (std::uint64_t id, int layer, bool notify)
+{
+    MVPatchRenderer* const renderer = find (id);
+    return renderer != nullptr ? renderer->unloadPatch (layer, notify) : int { resultUnknownId };
+}
+
+MVSmartPtr<MVRiffPacker> MVRendererManager::getPatchData (std::uint64_t id, int layer)
+{
+    return askRenderer (*this, id, MVSmartPtr<MVRiffPacker>(),
+                        [=] (MVPatchRenderer& renderer) { return renderer.getPatchData (layer); });
+}
+
+MVSmartPtr<MVString> MVRendererManager::getLayerName (std::uint64_t id, int layer)
+{
+    return askRenderer (*this, id, MVSmartPtr<MVString>(),
+                        [=] (const MVPatchRenderer& renderer) { return renderer.getLayerName (layer); });
+}
+
+int MVRendererManager::numPatchLayers (std::uint64_t id) const
+{
+    return askRenderer (*this, id, 0, [] (const MVPatchRenderer& renderer) { return renderer.numPatchLayers(); });
+}
+
+int MVRendererManager::setOperatorAttribute (std::uint64_t id, int layer, std::uint64_t nodeId, int attribute, int kind,
+                                             double value, MVDataBlock* data)
+{
+    return askRenderer (*this, id, int { resultUnknownId }, [=] (MVPatchRenderer& renderer) {
+        return renderer.isTransitionRunning()
+                   ? int { resultNotEnabled }
+                   : renderer.setOperatorAttribute (layer, nodeId, attribute, kind, value, data);
+    });
+}
+
+std::uint16_t MVRendererManager::getPitchControlId (std::uint64_t id) const
+{
+    return askRenderer (*this, id, std::uint16_t {},
+                        [] (const MVPatchRenderer& renderer) { return renderer.getPitchControlId(); });
+}
+
+std::uint16_t MVRendererManager::getVolumeControlId (std::uint64_t id) const
+{
+    return askRenderer (*this, id, std::uint16_t {},
+                        [] (const MVPatchRenderer& renderer) { return renderer.getVolumeControlId(); });
+}
+
+std::uint16_t MVRendererManager::getLayerFadeControlId (std::uint64_t id, int layer) const
+{
+    return askRenderer (*this, id, std::uint16_t {},
+                        [=] (const MVPatchRenderer& renderer) { return renderer.getLayerFadeControlId (layer); });
+}
+
+std::uint16_t MVRendererManager::getParameterControlId (std::uint64_t id, int index) const
+{
+    return askRenderer (*this, id, std::uint16_t {},
+                        [=] (const MVPatchRenderer& renderer) { return renderer.getParameterControlId (index); });
+}
+
+int MVRendererManager::numParameterControls (std::uint64_t id) const
+{
+    return askRenderer (*this, id, 0, [] (const MVPatchRenderer& renderer) { return renderer.numParameterControls(); });
+}
+
+int MVRendererManager::setVolumeControl (std::uint64_t id, std::uint16_t controlId)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.setVolumeControl (controlId); });
+}
+
+int MVRendererManager::setLayerFadeControl (std::uint64_t id, int layer, std::uint16_t controlId)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.setLayerFadeControl (layer, controlId); });
+}
+
+int MVRendererManager::setParameterControl (std::uint64_t id, int index, std::uint16_t controlId)
+{
+    return withRenderer (id, [=] (MVPatchRenderer& renderer) { renderer.setParameterControl (index, controlId); });
+}
+
+bool MVRendererManager::isParameterInUse (std::uint64_t id, int index) const
+{
+    return askRenderer (*this, id, false,
+                        [=] (const MVPatchRenderer& renderer) { return renderer.isParameterInUse (index); });
+}
+
+int MVRendererManager::getPatchSummary (std::uint64_t id, int layer, MVPatchSummary& out) const
+{
+    return withRenderer (id, [&] (const MVPatchRenderer& renderer) {
+        out.numOperators = renderer.numNodesInLayer (layer);
+        out.loaded = out.numOperators > 0;
+        out.hasKeyboardInput = renderer.hasKeyboardInput (layer);
+
+        for (int i = 0; i < MVPatchSummary::numVariables; ++i)
+        {
+            const auto name = renderer.getVariableName (layer, i);
+            const auto description = renderer.getVariableDesc (layer, i);
+            auto& variable = out.variables[static_cast<std::size_t> (i)];
+            variable.inUse = renderer.isParameterInUse (i);
+            variable.name = name ? name->toStdString() : std::string();
+            variable.description = description ? description->toStdString() : std::string();
+        }
+    });
+}
+
+} // namespace morvanelab
