@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "banks/MVUserPrompt.h"
+
+#include "foundation/MVLog.h"
+
+namespace morvanelab
+{
+
+MVUserPrompt& MVUserPrompt::cautious()
+{
+    static MVCautiousPrompt prompt;
+    return prompt;
+}
+
+void MVCautiousPrompt::tell (const std::string& title, const std::string& text, const std::string&)
+{
+    mvLog ("ERROR", "morvanelab::MVCautiousPrompt::tell", "%s: %s", title.c_str(), text.c_str());
+}
+
+bool MVCautiousPrompt::askYesNo (const std::string& title, const std::string& text)
+{
+    mvLog ("ERROR", "morvanelab::MVCautiousPrompt::askYesNo", "%s: %s (answered no)", title.c_str(), text.c_str());
+    return false;
+}
+
+} // namespace morvanelab

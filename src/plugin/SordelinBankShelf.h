@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "banks/MVAppPersistentProps.h"
+#include "banks/MVBankFileManager.h"
+#include "foundation/MVLocker.h"
+
+#include <memory>
+#include <vector>
+
+namespace morvanelab
+{
+
+/** A stored patch that several threads may hold: our own smart pointers belong to one thread at a time. */
+using SordelinPatchBytes = std::shared_ptr<const std::vector<std::uint8_t>>;
+
+/** Settings, bank manager and the way from a slot to a patch that the engine takes.
+
+    The bank manager knows no threads, while hosts restore states on any thread they like: every call here locks. */
+class SordelinBankShelf
+{
+public:
+    /** A patch as it came from a bank. */
+    struct Patch
+    {
+        std::string name; ///< "unnamed" without metadata
+        MVBankUuid bankUuid;
+        int slot = -1;
+        SordelinPatchBytes stream; ///< what loadPatchData takes; never null
+    };
+
+    /** A bank with the names of its slots, for a menu; an empty name is an empty slot. */
+    struct BankNames
+    {
+        std::string title;
+        std::vector<std::string> slots;
+    };
+
+    /** Opens the settings and the list of banks. The prompt outlives the shelf. */
+    explicit SordelinBankShelf (MVUserPrompt& prompt);
+
+    /** On the first run of the program, adds every bank file in directory and below, by path. Further calls, and
+        later runs, do nothing. A file that is no bank is told to the user. */
+    void addBanksOnFirstRun (const juce::File& directory);
+
+    /** -1 if no bank has that identity. */
+    int findBank (const MVBankUuid& uuid);
+    /** Reads a slot. False if it is empty or out of range. Raises MVException as the bank's file does. */
+    bool readPatch (int bank, int slot, Patch& patch);
+    std::vector<BankNames> listBanks();
+
+    MVAppPersistentProps& getProperties() { return properties; }
+    /** Hold getLock while using it. */
+    MVBankFileManager& getBankManager() { return bankManager; }
+    MVLocker& getLock() { return lock; }
+
+private:
+    MVLocker lock;
+    MVUserPrompt& prompt;
+    MVAppPersistentProps properties;
+    MVBankFileManager bankManager;
+    bool firstRun = false;
+};
+
+} // namespace morvanelab

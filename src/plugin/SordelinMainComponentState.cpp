@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The parts of SordelinMainComponent that deal with stored states and with patches on their way into the engine.
+#include "plugin/SordelinMainComponent.h"
+
+#include "foundation/MVException.h"
+#include "foundation/MVMath.h"
+#include "foundation/MVResult.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace morvanelab
+{
+
+namespace
+{
+
+constexpr std::size_t smallestPatch = 32;
+constexpr std::uint32_t oldestVersion = 9300; ///< 0.9.3
+constexpr double patchFadeSeconds = 0.05;
+constexpr int settleMilliseconds = 200;
+
+[[noreturn]] void refusePatch (const char* text) { throw MVException (resultFailed, text); }
+
+bool isTooOld (const MVRiffPacker& patch)
+{
+    const auto chunk = patch.findChild (fourCC ("ver "));
+    std::array<std::uint32_t, 3> fields {};
+    if (chunk == nullptr || chunk->readablePayload() < static_cast<int> (sizeof fields))
+        return false;
+    std::memcpy (fields.data(), chunk->getPayload(), sizeof fields);
+    return versionCode (fields[0], fields[1], fields[2]) < oldestVersion;
+}
+
+/** Checks a stored patch and returns its chunk for the engine, null if it has none. */
+MVSmartPtr<MVRiffPacker> findPatchData (const std::vector<std::uint8_t>& stream)
+{
+    if (stream.size() < smallestPatch)
+        refusePatch ("Error:  Invalid or corrupt patch.");
+    const MVRiffPacker patch (stream.data(), static_cast<int> (stream.size()), false);
+    if (! patch.isWellFormed())
+        refusePatch ("Error:  Invalid patch data.");
+    if (isTooOld (patch))
+        refusePatch ("Error:  Invalid or corrupt patch.");
+    return patch.findChild (fourCC ("data"));
+}
+
+} // namespace
+
+juce::MemoryBlock SordelinMainComponent::getState()
+{
+    const std::lock_guard<std::recursive_mutex> scope (shellLock);
+    if (engine == nullptr)
+        return {};
+    refreshState (*engine);
+    return { &stateBlock, sizeof stateBlock };
+}
+
+void SordelinMainComponent::refreshState (MVRenderEngine& running)
+{
+    // What was written a moment ago is what the host wants stored.
+    running.getControlManager().waitForPendingValues (settleMilliseconds);
+    for (int slot = 0; slot < hostParameterCount; ++slot)
+        refreshSlot (running, slot);
+    stateBlock.preCompressionVolume = preCompressionVolume;
+    stateBlock.compressorRollOff = compressorRollOff;
+    stateBlock.compressorThreshold = compressorThreshold;
+    running.getControlValue (masterControlId, &stateBlock.outputVolume);
+
+    const auto patch = getLoadedPatch();
+    stateBlock.bankUuid = patch.bankUuid.bytes;
+    stateBlock.patchIndex = patch.slot;
+}
+
+void SordelinMainComponent::refreshSlot (MVRenderEngine& running, int slot)
+{
+    const auto index = static_cast<std::size_t> (slot);
+    const int id = slotControlIds[index].load();
+    if (! running.getControlManager().controlExists (id))
+        return;
+    stateBlock.parameterValues[index] = running.getControlManager().getControlValue (id);
+    int channel = -1;
+    int controller = -1;
+    running.getMidiManager().getMidiControlForValueId (id, channel, controller);
+    stateBlock.midiChannels[index] = channel;
+    stateBlock.midiControllers[index] = controller;
+}
+
+void SordelinMainComponent::setState (const juce::MemoryBlock& bytes)
+{
+    const std::lock_guard<std::recursive_mutex> scope (shellLock);
+    std::memset (static_cast<void*> (&stateBlock), 0, sizeof stateBlock);
+    if (bytes.getSize() > 0)
+        std::memcpy (static_cast<void*> (&stateBlock), bytes.getData(), std::min (bytes.getSize(), sizeof stateBlock));
+    stateHeld = true;
+    compressorThreshold = stateBlock.compressorThreshold;
+    compressorRollOff = stateBlock.compressorRollOff;
+    preCompressionVolume = stateBlock.preCompressionVolume;
+
+    const MVBankUuid uuid { stateBlock.bankUuid };
+    {
+        const std::lock_guard<std::mutex> load (loadLock);
+        loadedPatch.bankUuid = uuid;
+        loadedPatch.slot = stateBlock.patchIndex;
+    }
+    const int bank = shelf.findBank (uuid);
+    if (bank >= 0)
+        loadPatch (bank, stateBlock.patchIndex);
+    else if (prompt.isShowing())
+        prompt.tell ("Missing patch", "Cannot find the patch for this preset.  Check if bank was unloaded.", "OK");
+
+    withEngine ([this] (MVRenderEngine& running) { restoreControls (running); });
+    postCommand (commandUpdateFromPatch);
+}
+
+void SordelinMainComponent::restoreControls (MVRenderEngine& running)
+{
+    running.setControlValue (masterControlId, stateBlock.outputVolume);
+    for (int slot = 0; slot < hostParameterCount; ++slot)
+        restoreSlot (running, slot);
+}
+
+void SordelinMainComponent::restoreSlot (MVRenderEngine& running, int slot)
+{
+    const auto index = static_cast<std::size_t> (slot);
+    const auto id = slotControlIds[index].load();
+    const int channel = stateBlock.midiChannels[index];
+    const int controller = stateBlock.midiControllers[index];
+    auto& midi = running.getMidiManager();
+    running.setControlValue (id, stateBlock.parameterValues[index]);
+    if (channel < 0 || controller < 0)
+    {
+        if (running.getControlManager().controlExists (id))
+            midi.unmapControlValueId (id);
+        return;
+    }
+    if (channel < MVMidiManager::numChannels && controller < 256)
+        midi.setMidiControlToValueId (channel, controller, id);
+    midi.reset();
+}
+
+void SordelinMainComponent::restoreIntoEngine()
+{
+    if (! stateHeld)
+        return;
+    restorePatchIntoEngine();
+    restoreControls (*engine);
+}
+
+void SordelinMainComponent::restorePatchIntoEngine()
+{
+    const auto patch = getLoadedPatch();
+    try
+    {
+        // A state that came before the engine may name a bank that is known only now.
+        const int bank = patch.stream == nullptr ? shelf.findBank (patch.bankUuid) : -1;
+        if (bank >= 0)
+            loadPatch (bank, patch.slot);
+        else if (patch.stream != nullptr)
+        {
+            patchJustLoaded = false; // the user's compressor settings go on
+            loadPatchData (*patch.stream);
+        }
+    }
+    catch (const MVException& failure)
+    {
+        prompt.tell ("Patch load failed", failure.text());
+    }
+}
+
+bool SordelinMainComponent::loadPatch (int bank, int slot)
+{
+    const std::lock_guard<std::recursive_mutex> scope (shellLock);
+    std::uintptr_t serial = 0;
+    try
+    {
+        SordelinBankShelf::Patch patch;
+        if (! shelf.readPatch (bank, slot, patch))
+            return false;
+        serial = beginLoad (patch);
+        patchJustLoaded = true;
+        loadPatchData (*patch.stream);
+        postCommand (commandUpdateFromPatch);
+        return true;
+    }
+    catch (const MVException& failure)
+    {
+        patchJustLoaded = false;
+        undoLoad (serial);
+        prompt.tell ("Patch load failed", failure.text());
+        return false;
+    }
+}
+
+void SordelinMainComponent::loadPatchData (const std::vector<std::uint8_t>& stream)
+{
+    const auto data = findPatchData (stream);
+    const auto* bytes = data != nullptr ? data->getPayload() : nullptr;
+    const int size = data != nullptr ? data->readablePayload() : 0;
+    void* serial = nullptr;
+    {
+        const std::lock_guard<std::mutex> scope (loadLock);
+        serial = reinterpret_cast<void*> (loadSerial);
+    }
+
+    int result = resultPosted;
+    withEngine (
+        [&] (MVRenderEngine& running)
+        {
+            result = running.postPatchLoad (bytes, size, getPartId(), patchFadeSeconds,
+                                            &SordelinMainComponent::patchLoadEnded, this, serial);
+        });
+    if (result == resultNoResources)
+        refusePatch ("Error:  Not enough resources to load patch.");
+    if (result != resultDone && result != resultPosted)
+        refusePatch ("Error:  Unknown error loading patch.");
+}
+
+std::uintptr_t SordelinMainComponent::beginLoad (const SordelinBankShelf::Patch& patch)
+{
+    const std::lock_guard<std::mutex> scope (loadLock);
+    previousPatch = loadedPatch;
+    loadedPatch = { patch.name, patch.bankUuid, patch.slot, patch.stream };
+    return ++loadSerial;
+}
+
+void SordelinMainComponent::undoLoad (std::uintptr_t serial)
+{
+    const std::lock_guard<std::mutex> scope (loadLock);
+    if (serial == loadSerial && serial != 0)
+        loadedPatch = previousPatch;
+}
+
+void SordelinMainComponent::patchLoadEnded (void* context, void* serial, int result, const char* message)
+{
+    static_cast<SordelinMainComponent*> (context)->finishLoad (reinterpret_cast<std::uintptr_t> (serial), result,
+                                                               message);
+}
+
+void SordelinMainComponent::finishLoad (std::uintptr_t serial, int result, const char* message)
+{
+    const bool replacedOrStopped = result == resultPosted || result == resultUnknownId || result == resultNotEnabled;
+    if (result == resultDone || replacedOrStopped)
+        return;
+    patchJustLoaded = false;
+    undoLoad (serial);
+    prompt.tell ("Patch load failed", message != nullptr ? message : "Error:  Unknown error loading patch.");
+    postCommand (commandUpdateFromPatch);
+}
+
+SordelinMainComponent::LoadedPatch SordelinMainComponent::getLoadedPatch() const
+{
+    const std::lock_guard<std::mutex> scope (loadLock);
+    return loadedPatch;
+}
+
+juce::String SordelinMainComponent::getPatchName() const
+{
+    return juce::String::fromUTF8 (getLoadedPatch().name.c_str());
+}
+
+} // namespace morvanelab
