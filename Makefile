@@ -1,0 +1,66 @@
+# make          builds everything into dist/
+# make demo     builds, then plays a tune on the plug-in: out/demo.wav, out/demo.png
+# make test     builds and runs every test, also under sanitizers, fuzzes briefly and checks the formatting
+# make bench    runs the benchmarks
+# make fuzz     fuzzes for longer (FUZZ_SECONDS for each target)
+# make format   formats the sources
+# make clean    removes all that was built
+
+JOBS ?= $(shell nproc)
+CLANG_FORMAT ?= clang-format-14
+FUZZ_SECONDS ?= 300
+SHORT_FUZZ_SECONDS ?= 10
+SOURCES = $(shell find src tests bench fuzz tools -name '*.h' -o -name '*.cpp')
+
+# configure PRESET: quiet unless it fails
+define configure
+	@mkdir -p build
+	@cmake --preset $(1) >build/$(1).log || { cat build/$(1).log; exit 1; }
+endef
+
+.PHONY: all setup release asan tsan fuzz-targets demo test bench fuzz format check-format clean
+
+all: release
+
+setup:
+	@tools/setup.sh
+
+release: setup
+	$(call configure,$@)
+	cmake --build build/$@ -j $(JOBS)
+
+asan tsan: setup
+	$(call configure,$@)
+	cmake --build build/$@ -j $(JOBS) --target all_tests
+
+fuzz-targets: setup
+	$(call configure,fuzz)
+	cmake --build build/fuzz -j $(JOBS) --target fuzz
+
+demo: release
+	tools/demo.sh $(CURDIR)/dist $(CURDIR)/out
+
+# Tests come last: the sum of theirs is the last line. Not in parallel, whatever -j says.
+test:
+	@$(MAKE) --no-print-directory check-format
+	@$(MAKE) --no-print-directory release
+	@$(MAKE) --no-print-directory asan
+	@$(MAKE) --no-print-directory tsan
+	@$(MAKE) --no-print-directory fuzz-targets
+	fuzz/run.sh build/fuzz $(SHORT_FUZZ_SECONDS)
+	tools/run-tests.sh build/release build/asan build/tsan
+
+bench: release
+	@for program in build/release/bench/bench_*; do echo "== $$program"; $$program || exit 1; done
+
+fuzz: fuzz-targets
+	fuzz/run.sh build/fuzz $(FUZZ_SECONDS)
+
+format:
+	$(CLANG_FORMAT) -i $(SOURCES)
+
+check-format: setup
+	@$(CLANG_FORMAT) --dry-run --Werror $(SOURCES) && echo "format: as the formatter leaves it"
+
+clean:
+	rm -rf build dist out
