@@ -70,7 +70,8 @@ void MVInputStream::write (const void* const* data, int channelCount, int numFra
             continue;
 
         const int offset = interleaved ? i * sampleBytes : 0;
-        writeChannel (*channels[static_cast<std::size_t> (i)], static_cast<const std::byte*> (buffer) + offset, numFrames);
+        writeChannel (*channels[static_cast<std::size_t> (i)], static_cast<const std::byte*> (buffer) + offset,
+                      numFrames);
     }
 }
 
@@ -78,8 +79,8 @@ void MVInputStream::writeChannel (Channel& channel, const std::byte* source, int
 {
     while (numFrames > 0)
     {
-        int bytes = static_cast<int> (std::min<std::int64_t> (std::int64_t { numFrames } * streamSampleBytes,
-                                                              channel.ring.getSize()));
+        int bytes = static_cast<int> (
+            std::min<std::int64_t> (std::int64_t { numFrames } * streamSampleBytes, channel.ring.getSize()));
         auto* const dest = channel.ring.writePointer (bytes);
         const int frames = bytes / streamSampleBytes;
         if (dest == nullptr || frames < 1)
@@ -111,7 +112,8 @@ const double* const* MVInputStream::blocks (const double* silence)
     for (int i = 0; i < maxChannels; ++i)
     {
         const bool processed = i < maxProcessed && i < static_cast<int> (channels.size());
-        pointers[static_cast<std::size_t> (i)] = processed ? channels[static_cast<std::size_t> (i)]->block.data() : silence;
+        pointers[static_cast<std::size_t> (i)] =
+            processed ? channels[static_cast<std::size_t> (i)]->block.data() : silence;
     }
 
     return pointers.data();

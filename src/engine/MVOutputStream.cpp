@@ -36,10 +36,7 @@ void MVOutputStream::clear()
         ring->clear();
 }
 
-int MVOutputStream::framesReady() const
-{
-    return rings.empty() ? 0 : rings.front()->fillLevel() / streamSampleBytes;
-}
+int MVOutputStream::framesReady() const { return rings.empty() ? 0 : rings.front()->fillLevel() / streamSampleBytes; }
 
 double* const* MVOutputStream::beginBlock()
 {

@@ -13,7 +13,8 @@ void MVPatchListeners::add (std::vector<Entry>& list, const Entry& entry)
 
     const MVScopedLock lock (locker);
     flags.fetch_or (1, std::memory_order_relaxed);
-    const bool known = std::any_of (list.begin(), list.end(), [&entry] (const Entry& other)
+    const bool known = std::any_of (list.begin(), list.end(),
+                                    [&entry] (const Entry& other)
                                     { return other.function == entry.function && other.context == entry.context; });
     if (! known)
         list.push_back (entry);

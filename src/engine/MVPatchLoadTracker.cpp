@@ -9,6 +9,14 @@
 namespace morvanelab
 {
 
+namespace
+{
+
+/** Of a request whose completion is running: it concerns nobody any more. */
+constexpr std::uint64_t noRenderer = ~std::uint64_t { 0 };
+
+} // namespace
+
 std::int64_t MVPatchLoadTracker::begin (std::uint64_t renderer, int layer, MVPatchLoadCompletion completion,
                                         void* contextA, void* contextB)
 {
@@ -20,31 +28,31 @@ std::int64_t MVPatchLoadTracker::begin (std::uint64_t renderer, int layer, MVPat
 void MVPatchLoadTracker::cancel (std::int64_t ticket)
 {
     const std::lock_guard guard (lock);
-    take (ticket);
+    if (const auto found = find (ticket); found != entries.end())
+        entries.erase (found);
 }
 
 bool MVPatchLoadTracker::isSuperseded (std::int64_t ticket) const
 {
     const std::lock_guard guard (lock);
-    const auto own = std::find_if (entries.begin(), entries.end(), [ticket] (const Entry& e) { return e.ticket == ticket; });
+    const auto own =
+        std::find_if (entries.begin(), entries.end(), [ticket] (const Entry& e) { return e.ticket == ticket; });
 
     // Entries stand in the order of their tickets.
-    return own != entries.end() && std::any_of (own + 1, entries.end(), [&own] (const Entry& newer) {
-               return newer.renderer == own->renderer && newer.layer == own->layer;
-           });
+    return own != entries.end()
+           && std::any_of (own + 1, entries.end(),
+                           [&own] (const Entry& newer)
+                           { return newer.renderer == own->renderer && newer.layer == own->layer; });
 }
 
 void MVPatchLoadTracker::beginFade (std::int64_t ticket, bool inPlace)
 {
     const std::lock_guard guard (lock);
 
-    for (Entry& entry : entries)
+    if (const auto found = find (ticket); found != entries.end())
     {
-        if (entry.ticket == ticket)
-        {
-            entry.fading = true;
-            entry.inPlace = inPlace;
-        }
+        found->fading = true;
+        found->inPlace = inPlace;
     }
 }
 
@@ -53,14 +61,20 @@ void MVPatchLoadTracker::finish (std::int64_t ticket, int result, const std::str
     Entry ended;
     {
         const std::lock_guard guard (lock);
-        ended = take (ticket);
+        const auto found = find (ticket);
+        if (found == entries.end())
+            return;
 
-        if (ended.ticket != 0 && result != resultPosted)
+        ended = std::exchange (*found, Entry { ticket, noRenderer, 0, nullptr, nullptr, nullptr, true, true });
+        if (result != resultPosted)
             error = result == resultDone ? std::string() : message;
     }
 
     if (ended.completion != nullptr)
         ended.completion (ended.contextA, ended.contextB, result, message.empty() ? nullptr : message.c_str());
+
+    // Only now, so that whoever sees nothing pending also sees what the completion did.
+    cancel (ticket);
 }
 
 std::vector<MVPatchLoadTracker::Entry> MVPatchLoadTracker::takeAll()
@@ -85,7 +99,8 @@ bool MVPatchLoadTracker::isAnyPending() const
 int MVPatchLoadTracker::numBeforeFade() const
 {
     const std::lock_guard guard (lock);
-    return static_cast<int> (std::count_if (entries.begin(), entries.end(), [] (const Entry& e) { return ! e.fading; }));
+    return static_cast<int> (
+        std::count_if (entries.begin(), entries.end(), [] (const Entry& e) { return ! e.fading; }));
 }
 
 std::string MVPatchLoadTracker::lastError() const
@@ -94,16 +109,9 @@ std::string MVPatchLoadTracker::lastError() const
     return error;
 }
 
-/** Removes and returns the entry; one without a ticket if there is none. */
-MVPatchLoadTracker::Entry MVPatchLoadTracker::take (std::int64_t ticket)
+std::vector<MVPatchLoadTracker::Entry>::iterator MVPatchLoadTracker::find (std::int64_t ticket)
 {
-    const auto found = std::find_if (entries.begin(), entries.end(), [ticket] (const Entry& e) { return e.ticket == ticket; });
-    if (found == entries.end())
-        return {};
-
-    const Entry taken = *found;
-    entries.erase (found);
-    return taken;
+    return std::find_if (entries.begin(), entries.end(), [ticket] (const Entry& e) { return e.ticket == ticket; });
 }
 
 } // namespace morvanelab

@@ -48,7 +48,8 @@ public:
     bool isSuperseded (std::int64_t ticket) const;
     /** The request waits for a fade, which needs blocks to run. inPlace: its new patch plays already. */
     void beginFade (std::int64_t ticket, bool inPlace);
-    /** Ends a request and calls its completion. The message of a failure becomes lastError(); 1 clears it. */
+    /** Ends a request and calls its completion. An unknown ticket is ignored. The message of a failure becomes
+     * lastError(); 1 clears it. */
     void finish (std::int64_t ticket, int result, const std::string& message);
 
     /** Takes every request out, for tell. */
@@ -56,6 +57,7 @@ public:
     /** Tells requests that will not be carried on: 1 where the patch is in place, else 19. */
     static void tellStopped (const std::vector<Entry>& ended);
 
+    /** True until the last completion has returned. */
     bool isAnyPending() const;
     /** Requests that are queued or being read, those that fade not counted. */
     int numBeforeFade() const;
@@ -64,7 +66,7 @@ public:
     std::string lastError() const;
 
 private:
-    Entry take (std::int64_t ticket);
+    std::vector<Entry>::iterator find (std::int64_t ticket);
 
     mutable std::mutex lock;
     std::vector<Entry> entries;

@@ -115,7 +115,9 @@ bool MVPatchRenderer::renderPart (int index, int numIn, const double* const* in,
     switch (part.getState())
     {
         case PART_DEAD:
-        case PART_DEAD_ALIAS: reapPart (index); return true;
+        case PART_DEAD_ALIAS:
+            reapPart (index);
+            return true;
 
         case PART_PLAYING:
         case PART_PLAYING_ALIAS:
@@ -134,7 +136,8 @@ bool MVPatchRenderer::renderPart (int index, int numIn, const double* const* in,
                 part.kill();
             return false;
 
-        default: return false;
+        default:
+            return false;
     }
 }
 

@@ -59,8 +59,8 @@ public:
     static constexpr const char* patchMemoryText = "Error:  Not enough resources to load patch.";
 
     /** Builds numVoices voices (at least 1). Nothing given is owned; the event manager may be null. */
-    MVPatchRenderer (MVEventManager* manager, MVRenderEngineAttributes* renderAttributes,
-                     MVControlManager* controls, int numVoices);
+    MVPatchRenderer (MVEventManager* manager, MVRenderEngineAttributes* renderAttributes, MVControlManager* controls,
+                     int numVoices);
     /** The renderer is no longer rendered and no other thread is inside it. */
     ~MVPatchRenderer() override;
     MVPatchRenderer (const MVPatchRenderer&) = delete;
@@ -200,8 +200,7 @@ public:
 
     /** Patch listeners hear of a changed layer on the thread that drove the change, state listeners of started
         and ended notes on the event thread. A call that is under way may still end after the removal. */
-    void addPatchListener (MVPatchListeners::Function function, void* context, int layer = -1,
-                           bool wantsProxy = false);
+    void addPatchListener (MVPatchListeners::Function function, void* context, int layer = -1, bool wantsProxy = false);
     void removePatchListener (MVPatchListeners::Function function, void* context);
     void addStateListener (MVPatchListeners::Function function, void* context);
     void removeStateListener (MVPatchListeners::Function function, void* context);

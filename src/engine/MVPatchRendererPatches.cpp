@@ -130,7 +130,8 @@ int MVPatchRenderer::advanceTransition (int fadeBlocks, bool notify)
 
     switch (transitionPhase)
     {
-        case phaseIdle: return startFade (fadeBlocks, notify);
+        case phaseIdle:
+            return startFade (fadeBlocks, notify);
 
         case phaseFading:
             // Only what is rendered fades.
@@ -144,7 +145,8 @@ int MVPatchRenderer::advanceTransition (int fadeBlocks, bool notify)
             transitionPhase = phaseEnded;
             return finishTransition (notify);
 
-        default: return resultUnknownPhase;
+        default:
+            return resultUnknownPhase;
     }
 }
 
@@ -267,8 +269,8 @@ bool MVPatchRenderer::clearIfStopped (int layer)
 
 bool MVPatchRenderer::isSounding (int voiceIndex) const
 {
-    return std::any_of (activeParts.begin(), activeParts.end(), [voiceIndex] (const auto& part)
-                        { return part->getVoiceIndex() == voiceIndex; });
+    return std::any_of (activeParts.begin(), activeParts.end(),
+                        [voiceIndex] (const auto& part) { return part->getVoiceIndex() == voiceIndex; });
 }
 
 void MVPatchRenderer::setLayerPlaying (int layer, int fadeBlocks, bool play)
@@ -298,8 +300,8 @@ void MVPatchRenderer::stopIdleVoices (int layer)
 
 bool MVPatchRenderer::isLayerPlaying (int layer) const
 {
-    return std::any_of (voices.begin(), voices.end(), [layer] (const auto& each)
-                        { return each->patchState (layer) != PATCH_STOPPED; });
+    return std::any_of (voices.begin(), voices.end(),
+                        [layer] (const auto& each) { return each->patchState (layer) != PATCH_STOPPED; });
 }
 
 bool MVPatchRenderer::isLayerLoaded (int layer) const

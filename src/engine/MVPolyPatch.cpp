@@ -3,7 +3,6 @@
 
 #include "foundation/MVMath.h"
 #include "foundation/MVResult.h"
-#include "operators/MVOpOutput.h"
 #include "operators/MVOperator.h"
 #include "operators/MVRenderEngineAttributes.h"
 
@@ -229,13 +228,20 @@ int MVPolyPatch::setOperatorAttribute (int layer, std::uint64_t nodeId, int attr
 
     switch (static_cast<MVParameterType> (kind))
     {
-        case MVParameterType::Float: return op->setFloatParameter (attribute, value);
-        case MVParameterType::Int: return op->setIntParameter (attribute, truncToInt (value));
-        case MVParameterType::Choice: return op->setChoiceParameter (attribute, truncToInt (value));
-        case MVParameterType::Bool: return op->setBoolParameter (attribute, value != 0.0);
-        case MVParameterType::Sequence: return op->setSequenceParameter (attribute, count, values.data());
-        case MVParameterType::Curve: return op->setCurveParameter (attribute, count / 2, values.data());
-        case MVParameterType::None: break;
+        case MVParameterType::Float:
+            return op->setFloatParameter (attribute, value);
+        case MVParameterType::Int:
+            return op->setIntParameter (attribute, truncToInt (value));
+        case MVParameterType::Choice:
+            return op->setChoiceParameter (attribute, truncToInt (value));
+        case MVParameterType::Bool:
+            return op->setBoolParameter (attribute, value != 0.0);
+        case MVParameterType::Sequence:
+            return op->setSequenceParameter (attribute, count, values.data());
+        case MVParameterType::Curve:
+            return op->setCurveParameter (attribute, count / 2, values.data());
+        case MVParameterType::None:
+            break;
     }
 
     return resultUnknownKind;

@@ -162,9 +162,9 @@ public:
 
     // Operators -----------------------------------------------------------------------------------------------
 
-    /** Sets one parameter of the operator with that identity; a negative layer means any. kind is a MVParameterType; curves and sequences take
-        their doubles from data, the others value. Returns the setter's code, 31 for an unknown kind, 1 if there
-        is no such operator. */
+    /** Sets one parameter of the operator with that identity; a negative layer means any. kind is a MVParameterType;
+       curves and sequences take their doubles from data, the others value. Returns the setter's code, 31 for an unknown
+       kind, 1 if there is no such operator. */
     int setOperatorAttribute (int layer, std::uint64_t nodeId, int attribute, int kind, double value,
                               MVDataBlock* data);
 

@@ -71,7 +71,8 @@ bool MVPolyPatch::isControlInUse (int controlId) const
 
 bool MVPolyPatch::isControlUsedInLayer (int layer, int controlId) const
 {
-    return anyInput (*this, layer, [controlId] (const MVNetNode& node, int input)
+    return anyInput (*this, layer,
+                     [controlId] (const MVNetNode& node, int input)
                      { return node.getInputControl (input) == controlId; });
 }
 

@@ -20,15 +20,9 @@ constexpr double offlineWaitSeconds = 5.0;
 constexpr double threadExitSeconds = 0.1;
 constexpr int controlWaitMilliseconds = 50;
 
-bool isRate (double rate)
-{
-    return std::isfinite (rate) && rate > 0.0;
-}
+bool isRate (double rate) { return std::isfinite (rate) && rate > 0.0; }
 
-bool isLayout (int layout)
-{
-    return layout == layoutInterleaved || layout == layoutChannelBuffers;
-}
+bool isLayout (int layout) { return layout == layoutInterleaved || layout == layoutChannelBuffers; }
 
 bool isSupported (const MVRenderStreamFormat& format)
 {
@@ -43,8 +37,8 @@ bool isSupported (const MVRenderStreamFormat& format)
 
 MVRenderEngine::MVRenderEngine()
     : controlManager (&eventManager), midiManager (&controlManager, &eventManager),
-      parameterManager (&controlManager, &eventManager),
-      rendererManager (&eventManager, &attributes, &controlManager), eventThread (&eventManager)
+      parameterManager (&controlManager, &eventManager), rendererManager (&eventManager, &attributes, &controlManager),
+      eventThread (&eventManager)
 {
     eventManager.addThreadCategory (threadCategoryEvent);
     eventManager.addThreadCategory (threadCategoryRender);
@@ -113,7 +107,7 @@ void MVRenderEngine::activate()
     eventManager.addHandler (&rendererManager);
     rendererManager.setActive (true);
     engineControlId = controlManager.allocateControlId();
-    engineControl = controlManager.acquireControl (engineControlId);
+    controlManager.acquireControl (engineControlId);
     MVObject::setActive (true);
     setRunning (true);
 }
@@ -125,7 +119,6 @@ void MVRenderEngine::deactivate()
 
     controlManager.releaseControl (engineControlId);
     engineControlId = 0;
-    engineControl = nullptr;
     controlManager.resizeControls (0);
     eventManager.setActive (false);
     MVObject::setActive (false);
@@ -162,8 +155,6 @@ void MVRenderEngine::reset()
         rendererManager.reset();
         input.clear();
         output.clear();
-        idleCount = 0;
-        resetDone = true;
     }
     controlManager.reset();
 }
@@ -231,10 +222,7 @@ void MVRenderEngine::renderInternalBlock()
     output.commitBlock();
 }
 
-bool MVRenderEngine::hasPendingControlChanges() const
-{
-    return controlManager.hasPendingValues();
-}
+bool MVRenderEngine::hasPendingControlChanges() const { return controlManager.hasPendingValues(); }
 
 bool MVRenderEngine::waitForPendingWork (double seconds)
 {

@@ -135,12 +135,10 @@ public:
         22 if no event is free; the completion is called only after a 6. A new patch always fades in over one
         block; fadeSeconds is the fade of what has to be unloaded. */
     int postPatchLoad (const void* data, int size, std::uint64_t part, double fadeSeconds,
-                       MVPatchLoadCompletion completion = nullptr, void* contextA = nullptr,
-                       void* contextB = nullptr);
+                       MVPatchLoadCompletion completion = nullptr, void* contextA = nullptr, void* contextB = nullptr);
     /** Posts that a layer fades out and is emptied. 6, 9 or 22. */
-    int postPatchUnload (std::uint64_t part, int layer, double fadeSeconds,
-                         MVPatchLoadCompletion completion = nullptr, void* contextA = nullptr,
-                         void* contextB = nullptr);
+    int postPatchUnload (std::uint64_t part, int layer, double fadeSeconds, MVPatchLoadCompletion completion = nullptr,
+                         void* contextA = nullptr, void* contextB = nullptr);
     /** The text for the user of the latest patch load that failed; empty after one that succeeded. Takes no API
         lock. */
     std::string lastLoadError() const { return rendererManager.loads().lastError(); }
@@ -244,9 +242,6 @@ private:
     MVInputStream input;
     MVOutputStream output;
     std::uint16_t engineControlId = 0;
-    MVControlValue* engineControl = nullptr;
-    int idleCount = 0;
-    bool resetDone = false;
     std::atomic<bool> running { false };
     std::atomic<bool> offline { false };
     std::atomic<bool> inputMuted { false };

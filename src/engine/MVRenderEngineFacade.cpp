@@ -28,15 +28,9 @@ void MVRenderEngine::setOutputMuted (bool on)
         rendererManager.setOutputMuted (rendererManager.rendererIdAt (i), on);
 }
 
-void MVRenderEngine::setInputLevelsEnabled (bool on)
-{
-    input.setLevelsEnabled (on);
-}
+void MVRenderEngine::setInputLevelsEnabled (bool on) { input.setLevelsEnabled (on); }
 
-double MVRenderEngine::takeInputLevel (int channel)
-{
-    return input.takeLevel (channel);
-}
+double MVRenderEngine::takeInputLevel (int channel) { return input.takeLevel (channel); }
 
 int MVRenderEngine::setOutputPeaksEnabled (std::uint64_t part, bool on)
 {
@@ -48,8 +42,8 @@ int MVRenderEngine::getOutputPeak (std::uint64_t part, int channel, double* out)
 {
     const MVScopedLock lock (apiLock);
     int result = resultDone;
-    const int found = rendererManager.withRenderer (
-        part, [&] (MVPatchRenderer& renderer) { result = renderer.getChannelPeak (channel, out); });
+    const int found = rendererManager.withRenderer (part, [&] (MVPatchRenderer& renderer)
+                                                    { result = renderer.getChannelPeak (channel, out); });
     return found == resultDone ? result : found;
 }
 
@@ -216,15 +210,15 @@ bool MVRenderEngine::isParameterInUse (std::uint64_t part, int index)
 int MVRenderEngine::addPatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context, int layer)
 {
     const MVScopedLock lock (apiLock);
-    return rendererManager.withRenderer (
-        part, [=] (MVPatchRenderer& renderer) { renderer.addPatchListener (function, context, layer); });
+    return rendererManager.withRenderer (part, [=] (MVPatchRenderer& renderer)
+                                         { renderer.addPatchListener (function, context, layer); });
 }
 
 int MVRenderEngine::removePatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context)
 {
     const MVScopedLock lock (apiLock);
-    return rendererManager.withRenderer (
-        part, [=] (MVPatchRenderer& renderer) { renderer.removePatchListener (function, context); });
+    return rendererManager.withRenderer (part, [=] (MVPatchRenderer& renderer)
+                                         { renderer.removePatchListener (function, context); });
 }
 
 int MVRenderEngine::setOperatorAttribute (std::uint64_t part, int layer, std::uint64_t nodeId, int attribute, int kind,

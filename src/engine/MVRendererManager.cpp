@@ -129,16 +129,14 @@ int MVRendererManager::destroyRenderer (std::uint64_t id, bool notify)
     }
     eventManager->removeHandler (id);
     renderer.reset();
+    postPruneMappings();
 
     if (notify)
         callListeners();
     return resultDone;
 }
 
-void MVRendererManager::destroyAllRenderers()
-{
-    removeAllRenderers (true);
-}
+void MVRendererManager::destroyAllRenderers() { removeAllRenderers (true); }
 
 void MVRendererManager::removeAllRenderers (bool notify)
 {

@@ -34,8 +34,8 @@ class MVPatchRenderer;
     would drive one another out. */
 enum MVRendererEvent_t : std::uint32_t
 {
-    eventLoadPatch = 5,   ///< ints: layer, fade in blocks; object A: the data, none to unload
-    eventUnloadPatch = 6, ///< ints: layer, fade in blocks
+    eventLoadPatch = 5,      ///< ints: layer, fade in blocks; object A: the data, none to unload
+    eventUnloadPatch = 6,    ///< ints: layer, fade in blocks
     eventLoadFullPreset = 7, ///< double: fade in seconds; object A: an MVRiffPacker. No renderer
     eventStartMonoVoice = 8,
     eventKillVoices = 9,
@@ -224,6 +224,7 @@ private:
     MVPatchRenderer* rendererAt (int index) const;
     void mixIn (const MVPatchRenderer& renderer, int index, int channels, double* const* out, int numSamples);
     void callListeners();
+    void postPruneMappings();
     void insertRenderer (std::unique_ptr<MVPatchRenderer> renderer);
     std::unique_ptr<MVPatchRenderer> detachRenderer (std::uint64_t id);
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The events of MVRendererManager: posting them, and handling them on the event thread.
+#include "control/MVMidiManager.h"
 #include "engine/MVPatchRenderer.h"
 #include "engine/MVRendererManager.h"
 #include "foundation/MVEventManager.h"
@@ -28,10 +29,7 @@ enum LOAD_ARG_t : int
 constexpr int argTransitionFade = 0;
 constexpr int argTransitionNotify = 1;
 
-int intArg (const MVEvent& event, int index)
-{
-    return static_cast<int> (event.getIntArg (index));
-}
+int intArg (const MVEvent& event, int index) { return static_cast<int> (event.getIntArg (index)); }
 
 /** What the user is told of a load that failed by code. */
 std::string messageFor (int result)
@@ -110,6 +108,20 @@ int MVRendererManager::postPlain (MVRendererEvent_t type, std::uint64_t id)
     return post (type, id, [] (MVEvent&) {});
 }
 
+/** Mappings of control values that were given back are to go. The event has no target, so that it reaches whoever
+    keeps mappings. */
+void MVRendererManager::postPruneMappings()
+{
+    if (MVEvent* const event = eventManager->allocateEvent(); event != nullptr)
+    {
+        event->reset();
+        event->setType (midiEventPruneMappings);
+        event->setQueueMode (queueModeOrdered);
+        event->setThreadCategory (threadCategoryEvent);
+        eventManager->postEvent (threadCategoryEvent, event);
+    }
+}
+
 int MVRendererManager::postTransition (std::uint64_t id)
 {
     return post (eventAdvanceTransition, id, [] (MVEvent& event) { event.setIntArg (argTransitionNotify, 1); });
@@ -124,12 +136,14 @@ int MVRendererManager::postLoad (std::uint64_t id, int layer, int fadeBlocks, MV
         return resultUnknownId;
 
     const std::int64_t ticket = tracker.begin (id, layer, completion, contextA, contextB);
-    const int result = post (data ? eventLoadPatch : eventUnloadPatch, id, [&] (MVEvent& event) {
-        event.setIntArg (argLayer, layer);
-        event.setIntArg (argFade, fadeBlocks);
-        event.setIntArg (argTicket, ticket);
-        event.setObjectA (data);
-    });
+    const int result = post (data ? eventLoadPatch : eventUnloadPatch, id,
+                             [&] (MVEvent& event)
+                             {
+                                 event.setIntArg (argLayer, layer);
+                                 event.setIntArg (argFade, fadeBlocks);
+                                 event.setIntArg (argTicket, ticket);
+                                 event.setObjectA (data);
+                             });
 
     if (result != resultPosted)
         tracker.cancel (ticket);
@@ -141,11 +155,13 @@ int MVRendererManager::postFullPreset (MVSmartPtr<MVRiffPacker>& riff, double fa
 {
     const MVScopedLock lock (structureLock);
     const std::int64_t ticket = tracker.begin (0, 0, completion, contextA, contextB);
-    const int result = post (eventLoadFullPreset, 0, [&] (MVEvent& event) {
-        event.setDoubleArg (0, fadeSeconds);
-        event.setIntArg (argTicket, ticket);
-        event.setObjectA (riff);
-    });
+    const int result = post (eventLoadFullPreset, 0,
+                             [&] (MVEvent& event)
+                             {
+                                 event.setDoubleArg (0, fadeSeconds);
+                                 event.setIntArg (argTicket, ticket);
+                                 event.setObjectA (riff);
+                             });
 
     if (result != resultPosted)
         tracker.cancel (ticket);
@@ -239,8 +255,8 @@ int MVRendererManager::handleTransition (MVEvent& event)
     if (renderer == nullptr)
         return complete (event, resultUnknownId, messageFor (resultUnknownId));
 
-    const int result = renderer->advanceTransition (intArg (event, argTransitionFade),
-                                                    event.getIntArg (argTransitionNotify) != 0);
+    const int result =
+        renderer->advanceTransition (intArg (event, argTransitionFade), event.getIntArg (argTransitionNotify) != 0);
     if (result == resultUnderWay || result == resultBusy)
         return resultBusy;
     return complete (event, resultDone);
@@ -275,13 +291,15 @@ bool MVRendererManager::isSilentForPreset (double fadeSeconds)
     const int fadeBlocks = fadeBlocksFor (fadeSeconds);
     bool silent = true;
 
-    forEachRenderer ([&] (MVPatchRenderer& renderer) {
-        const int result = renderer.unloadPatch (-1, true);
-        if (result == resultLayerInUse)
-            renderer.setLayerPlaying (-1, fadeBlocks, false);
-        if (result == resultLayerInUse || result == resultBusy)
-            silent = false;
-    });
+    forEachRenderer (
+        [&] (MVPatchRenderer& renderer)
+        {
+            const int result = renderer.unloadPatch (-1, true);
+            if (result == resultLayerInUse)
+                renderer.setLayerPlaying (-1, fadeBlocks, false);
+            if (result == resultLayerInUse || result == resultBusy)
+                silent = false;
+        });
 
     presetFading.store (! silent);
     return silent;
@@ -350,15 +368,17 @@ bool MVRendererManager::isFadeSounding() const
     const bool presetFades = presetFading.load();
     bool sounding = false;
 
-    forEachRenderer ([&] (const MVPatchRenderer& renderer) {
-        if (! renderer.isEnabled())
-            return;
+    forEachRenderer (
+        [&] (const MVPatchRenderer& renderer)
+        {
+            if (! renderer.isEnabled())
+                return;
 
-        const int backBuffer = renderer.numPatchLayers();
-        sounding = sounding || renderer.isLayerSounding (backBuffer);
-        for (int layer = 0; presetFades && layer < backBuffer; ++layer)
-            sounding = sounding || renderer.isLayerSounding (layer);
-    });
+            const int backBuffer = renderer.numPatchLayers();
+            sounding = sounding || renderer.isLayerSounding (backBuffer);
+            for (int layer = 0; presetFades && layer < backBuffer; ++layer)
+                sounding = sounding || renderer.isLayerSounding (layer);
+        });
 
     return sounding;
 }

@@ -125,11 +125,13 @@ int MVRendererManager::numPatchLayers (std::uint64_t id) const
 int MVRendererManager::setOperatorAttribute (std::uint64_t id, int layer, std::uint64_t nodeId, int attribute, int kind,
                                              double value, MVDataBlock* data)
 {
-    return askRenderer (*this, id, int { resultUnknownId }, [=] (MVPatchRenderer& renderer) {
-        return renderer.isTransitionRunning()
-                   ? int { resultNotEnabled }
-                   : renderer.setOperatorAttribute (layer, nodeId, attribute, kind, value, data);
-    });
+    return askRenderer (*this, id, int { resultUnknownId },
+                        [=] (MVPatchRenderer& renderer)
+                        {
+                            return renderer.isTransitionRunning()
+                                       ? int { resultNotEnabled }
+                                       : renderer.setOperatorAttribute (layer, nodeId, attribute, kind, value, data);
+                        });
 }
 
 std::uint16_t MVRendererManager::getPitchControlId (std::uint64_t id) const
@@ -184,21 +186,23 @@ bool MVRendererManager::isParameterInUse (std::uint64_t id, int index) const
 
 int MVRendererManager::getPatchSummary (std::uint64_t id, int layer, MVPatchSummary& out) const
 {
-    return withRenderer (id, [&] (const MVPatchRenderer& renderer) {
-        out.numOperators = renderer.numNodesInLayer (layer);
-        out.loaded = out.numOperators > 0;
-        out.hasKeyboardInput = renderer.hasKeyboardInput (layer);
+    return withRenderer (id,
+                         [&] (const MVPatchRenderer& renderer)
+                         {
+                             out.numOperators = renderer.numNodesInLayer (layer);
+                             out.loaded = out.numOperators > 0;
+                             out.hasKeyboardInput = renderer.hasKeyboardInput (layer);
 
-        for (int i = 0; i < MVPatchSummary::numVariables; ++i)
-        {
-            const auto name = renderer.getVariableName (layer, i);
-            const auto description = renderer.getVariableDesc (layer, i);
-            auto& variable = out.variables[static_cast<std::size_t> (i)];
-            variable.inUse = renderer.isParameterInUse (i);
-            variable.name = name ? name->toStdString() : std::string();
-            variable.description = description ? description->toStdString() : std::string();
-        }
-    });
+                             for (int i = 0; i < MVPatchSummary::numVariables; ++i)
+                             {
+                                 const auto name = renderer.getVariableName (layer, i);
+                                 const auto description = renderer.getVariableDesc (layer, i);
+                                 auto& variable = out.variables[static_cast<std::size_t> (i)];
+                                 variable.inUse = renderer.isParameterInUse (i);
+                                 variable.name = name ? name->toStdString() : std::string();
+                                 variable.description = description ? description->toStdString() : std::string();
+                             }
+                         });
 }
 
 } // namespace morvanelab

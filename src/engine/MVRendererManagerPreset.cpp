@@ -153,7 +153,8 @@ int MVRendererManager::loadLayers (const MVRiffPacker& form, MVPatchRenderer& re
         {
             if (const int result = loadStoredPatch (renderer, layer, patch); result != resultDone)
             {
-                mvLog ("LOAD", "morvanelab::MVRendererManager::loadFullPresetRiff", "Error:  Bad patch data in preset.");
+                mvLog ("LOAD", "morvanelab::MVRendererManager::loadFullPresetRiff",
+                       "Error:  Bad patch data in preset.");
                 return result;
             }
         }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/MVTime.h"
 
-#include "foundation/MVSmartPtr.h"
-
 #include <chrono>
+#include <cstddef>
+#include <new>
 
 namespace morvanelab
 {
@@ -22,9 +22,11 @@ std::int64_t wallClock()
 
 MVTime& MVTime::instance()
 {
-    // Never destroyed: objects with identities are made until the very end of the process.
-    static MVSmartPtr<MVTime>* const only = new MVSmartPtr<MVTime> (new MVTime);
-    return **only;
+    // Never destroyed: objects with identities are made until the very end. In place, so that a plug-in that is
+    // loaded and unloaded again and again leaves nothing behind.
+    alignas (MVTime) static std::byte place[sizeof (MVTime)];
+    static MVTime* const only = new (place) MVTime;
+    return *only;
 }
 
 std::int64_t MVTime::elapsedNanos() const { return wallClock() - start.load (std::memory_order_relaxed); }

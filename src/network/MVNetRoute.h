@@ -19,7 +19,7 @@ public:
     MVObject* clone() const override;
     const char* className() const override { return "MVNetRoute"; }
 
-    /** Part of the route signature; 0 in every route. */
+    /** Counts in the route signature; 0 in every route. */
     int routeTag = 0;
     int srcNode = 0;
     int srcPort = 0;

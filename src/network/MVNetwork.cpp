@@ -242,8 +242,8 @@ int MVNetwork::routeSignature() const
 
     for (const RouteList* const list : routes)
         for (const MVNetRoute* const route : *list)
-            for (const int part : { route->dstPort, route->dstNode, route->srcPort, route->srcNode, route->routeTag })
-                sum += static_cast<std::uint32_t> (part);
+            for (const int field : { route->dstPort, route->dstNode, route->srcPort, route->srcNode, route->routeTag })
+                sum += static_cast<std::uint32_t> (field);
 
     return static_cast<int> (sum);
 }

@@ -9,7 +9,7 @@
 namespace morvanelab
 {
 
-/** Access to the values of a stored attribute record by their specification, without folding: what is read is
+/** Access to the values of a stored attribute record by their ParameterSpec, without folding: what is read is
     what stands in the bytes, and writing back what was read gives the same bytes. A record may lie at any
     address; the caller vouches that it holds offset + storageSize bytes. A padding byte is never touched.
     Not-a-number values read as they stand, and a file tool has to see to them. */

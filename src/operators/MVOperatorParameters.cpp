@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The parameter half of MVOperator: every query and setter reads the class's specification.
+// The parameter half of MVOperator: every query and setter reads the class's OperatorSpec.
 #include "foundation/MVResult.h"
 #include "operators/AttributeRecord.h"
 #include "operators/MVOperator.h"

@@ -23,7 +23,7 @@ struct OperatorRow
 /** Every operator of the program, in the order in which factories are registered. */
 std::span<const OperatorRow> operatorTable();
 
-/** The specification of a class, by its 32-bit identifier; null if there is none. */
+/** The OperatorSpec of a class, by its 32-bit identifier; null if there is none. */
 const OperatorSpec* findOperatorSpec (std::uint32_t typeId);
 /** The same by class name or by the short name shown to users, byte for byte. */
 const OperatorSpec* findOperatorSpec (std::string_view classOrShortName);

@@ -286,6 +286,31 @@ TEST (ControlManager, postsAgainAfterAnEventCouldNotBeHad)
     EXPECT_EQ (rig.controls.getControlValue (1), stored (0.4));
 }
 
+TEST (ControlManager, aFlushBehindTheEventThreadsBackKeepsTheEventForAnotherPass)
+{
+    struct Flusher
+    {
+        static void call (void* context, std::uint64_t, const double*, int)
+        {
+            auto& manager = *static_cast<MVControlManager*> (context);
+            manager.setControlValue (1, 0.9);
+            manager.flushPendingValues();
+        }
+    };
+
+    ControlRig rig (2);
+    Heard heard;
+    rig.controls.addControlCallback (1, Heard::call, &heard);
+    rig.controls.addControlCallback (2, Flusher::call, &rig.controls);
+    rig.controls.setControlValue (2, 0.1);
+
+    // Value 1 moves while the pass over the table has come to value 2.
+    EXPECT_FALSE (rig.controls.processAsyncValues());
+    EXPECT_TRUE (heard.values.empty());
+    EXPECT_TRUE (rig.controls.processAsyncValues());
+    EXPECT_EQ (heard.values, (std::vector<double> { stored (0.9) }));
+}
+
 TEST (ControlManager, aFlushPostsAgainWhenTheEventWasLost)
 {
     ControlRig rig (1);

@@ -121,7 +121,7 @@ TEST (Compressor, gainHasFallenWhenThePeakArrives)
 TEST (Compressor, neverPassesFullScale)
 {
     for (const double ceiling : { 1.0, 0.5 })
-        for (const double level : { 0.95, 1.0, 3.0, 1000.0 })
+        for (const double level : { 0.95, 1.0, 3.0, -3.0, 1000.0 })
         {
             MVCompressor limiter;
             limiter.init (true, 48000.0);
@@ -147,7 +147,7 @@ TEST (Compressor, holdsAndReleasesAsTheRollOffSays)
          { Row { 10.0, { 2.1, 2.1, 1.89, 1.68, 1.47, 1.26, 1.05, 1.05, 1.05 } }, Row { 0.0, { 2.1, 2.1, 2.1, 2.1 } } })
     {
         MVCompressor limiter;
-        limiter.setRollOff (row.rollOffFrames * 32.0 / 48000.0 + 1.0e-6);
+        limiter.setRollOff ((row.rollOffFrames * 32.0 + 30.5) / 48000.0);
         limiter.init (true, 48000.0);
         pass (limiter, 2.0);
         pass (limiter, 0.5);
@@ -159,6 +159,19 @@ TEST (Compressor, holdsAndReleasesAsTheRollOffSays)
         pass (limiter, 0.5);
         EXPECT_EQ (pass (limiter, 0.5)[31], 0.5);
     }
+}
+
+TEST (Compressor, aRollOffTakenAwayDuringAHoldLetsGo)
+{
+    MVCompressor limiter;
+    limiter.init (true, 48000.0);
+    limiter.setRollOff (1.0);
+    pass (limiter, 2.0);
+    pass (limiter, 0.5);
+    pass (limiter, 0.5);
+    limiter.setRollOff (0.0);
+    pass (limiter, 0.4);
+    EXPECT_EQ (pass (limiter, 0.5)[0], 0.4); // no peak lies below 1
 }
 
 TEST (Compressor, anInfiniteSampleDoesNotMuteTheRest)
@@ -241,6 +254,8 @@ TEST (BreakPointEnv, staysSortedAndWithinItsEndsWhileEdited)
     MVBreakPointEnv curve;
     EXPECT_EQ (curve.addPoint (0.5, 0.2), 1);
     EXPECT_EQ (curve.addPoint (0.25, 0.4), 1);
+    EXPECT_EQ (curve.addPoint (0.5, 0.9), 3); // behind the one of the same x
+    EXPECT_TRUE (curve.removePoint (3));
     EXPECT_EQ (curve.addPoint (7.0, 0.6), 3);
     EXPECT_EQ (curve.addPoint (nan, 0.6), -1);
     EXPECT_EQ (curve.count(), 5);

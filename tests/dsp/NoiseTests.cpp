@@ -70,7 +70,8 @@ TEST (NoiseGenerator, brownianWalksAndReflectsWithItsSignReversed)
     MVRandom draws (12345);
     const std::vector<double> deviation (2000, 0.4);
     std::vector<double> out (2000);
-    source.brownian (out.data(), deviation.data(), 0.5, 2000);
+    source.brownian (out.data(), deviation.data(), 0.5, 900);
+    source.brownian (out.data() + 900, deviation.data(), 0.5, 1100);
 
     double walk = 0.0;
     int reflections = 0;
@@ -140,6 +141,14 @@ TEST (NoiseGenerator, interpolationReachesEachValueInAStraightLine)
         if (i % 88 == 87)
             from = values[i];
     }
+
+    // An interval of one sample is reached within it.
+    MVNoiseGenerator jumping = makeNoise (noiseWhite, false);
+    MVNoiseGenerator following = makeNoise (noiseWhite, true);
+    const std::vector<double> jumps = steppedNoise (jumping, 50, 0.0, 0.0);
+    const std::vector<double> reached = steppedNoise (following, 50, 0.0, 0.0);
+    for (std::size_t i = 0; i < jumps.size(); ++i)
+        ASSERT_NEAR (reached[i], jumps[i], 1.0e-12) << i;
 }
 
 TEST (NoiseGenerator, brownStepsStartFromTheInterpolatedPosition)
@@ -156,10 +165,12 @@ TEST (NoiseGenerator, brownStepsStartFromTheInterpolatedPosition)
     EXPECT_GT (*std::max_element (away.begin(), away.end()), 0.2);
 }
 
-TEST (NoiseGenerator, resetStartsTheWalkAnew)
+TEST (NoiseGenerator, blockSizesDoNotMatterAndResetStartsAnew)
 {
     MVNoiseGenerator source = makeNoise (noiseBrown, true);
-    const std::vector<double> first = steppedNoise (source, 200, 2.0, 0.5);
+    std::vector<double> first = steppedNoise (source, 70, 2.0, 0.5);
+    const std::vector<double> rest = steppedNoise (source, 130, 2.0, 0.5);
+    first.insert (first.end(), rest.begin(), rest.end());
     source.reset();
     source.getRandom().setState (12345);
     EXPECT_EQ (steppedNoise (source, 200, 2.0, 0.5), first);

@@ -20,10 +20,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-double secondsSince (Clock::time_point start)
-{
-    return std::chrono::duration<double> (Clock::now() - start).count();
-}
+double secondsSince (Clock::time_point start) { return std::chrono::duration<double> (Clock::now() - start).count(); }
 
 /** Upward crossings of zero in a second of the first channel. */
 int pitchOf (EngineRig& rig)
@@ -48,7 +45,8 @@ TEST (EngineLoad, soundingPatchGivesWayToTheNewOneWithoutAStep)
 
     int calls = 0;
     rig.engine.addPatchListener (
-        rig.part, [] (void* count, std::int64_t, std::uint64_t, std::uint64_t) { ++*static_cast<int*> (count); }, &calls);
+        rig.part, [] (void* count, std::int64_t, std::uint64_t, std::uint64_t) { ++*static_cast<int*> (count); },
+        &calls);
     ASSERT_EQ (rig.post (packed (sinePatch (500.0))), 6);
 
     std::vector<float> sound;
@@ -203,9 +201,23 @@ TEST (EngineLoad, destroyedPartEndsItsLoads)
     EXPECT_EQ (peakOf (rig.render (1024)), 0.0);
 }
 
+TEST (EngineLoad, destroyedPartLosesItsMidiMappings)
+{
+    EngineRig rig;
+    const std::uint16_t volume = rig.engine.getVolumeControlId (rig.part);
+    ASSERT_EQ (rig.engine.midiMapAddCCToControlValue (volume, 1.0, 0, 7), 1);
+    ASSERT_EQ (rig.engine.destroyPart (rig.part), 6);
+
+    const auto gone = [&] { return ! rig.engine.getMidiManager().isControlMappedToValueId (volume, 0, 7); };
+    for (int wait = 0; wait < 200 && ! gone(); ++wait)
+        std::this_thread::sleep_for (std::chrono::milliseconds (10));
+    EXPECT_TRUE (gone());
+}
+
 TEST (EngineLoad, offlineBounceIsTheSameEachTime)
 {
-    auto bounce = [] {
+    auto bounce = []
+    {
         EngineRig rig;
         rig.engine.setOffline (true);
         TestRandom random (5);
@@ -348,55 +360,63 @@ TEST (EngineLoad, manyThreadsAtOnce)
     std::atomic<bool> stop { false };
     std::vector<std::thread> threads;
 
-    threads.emplace_back ([&] {
-        TestRandom random (1);
-        std::vector<float> samples (4096);
-        while (! stop.load())
+    threads.emplace_back (
+        [&]
         {
-            const int frames = 1 + random.below (2000);
-            void* out[] { samples.data(), samples.data() + 2048 };
-            const void* in[] { samples.data(), samples.data() + 2048 };
-            const std::uint8_t midi[] { 0xB0, 7, 90, 0x90, 61, 80 };
-            int written = 0;
-            rig.engine.getMidiManager().processMidiDataBuffer (midi, 6, false);
-            rig.engine.writeInput (in, 2, frames, written);
-            rig.engine.renderBlock (out, 2, frames, written);
-        }
-    });
-    threads.emplace_back ([&] {
-        TestRandom random (2);
-        while (! stop.load())
+            TestRandom random (1);
+            std::vector<float> samples (4096);
+            while (! stop.load())
+            {
+                const int frames = 1 + random.below (2000);
+                void* out[] { samples.data(), samples.data() + 2048 };
+                const void* in[] { samples.data(), samples.data() + 2048 };
+                const std::uint8_t midi[] { 0xB0, 7, 90, 0x90, 61, 80 };
+                int written = 0;
+                rig.engine.getMidiManager().processMidiDataBuffer (midi, 6, false);
+                rig.engine.writeInput (in, 2, frames, written);
+                rig.engine.renderBlock (out, 2, frames, written);
+            }
+        });
+    threads.emplace_back (
+        [&]
         {
-            rig.engine.noteOn (rig.part, 50 + random.below (20), 0.5);
-            rig.engine.noteOffAll (50 + random.below (20));
-            rig.engine.setControlValue (rig.engine.getParameterControlId (rig.part, random.below (16)), random.uniform());
-            rig.engine.getParameterManager().setValue (random.below (32), random.uniform());
-            rig.engine.takeInputLevel (0);
-            double peak = 0.0;
-            rig.engine.getOutputPeak (rig.part, 0, &peak);
-            std::this_thread::yield();
-        }
-    });
-    threads.emplace_back ([&] {
-        TestRandom random (3);
-        MVPatchSummary summary;
-        while (! stop.load())
+            TestRandom random (2);
+            while (! stop.load())
+            {
+                rig.engine.noteOn (rig.part, 50 + random.below (20), 0.5);
+                rig.engine.noteOffAll (50 + random.below (20));
+                rig.engine.setControlValue (rig.engine.getParameterControlId (rig.part, random.below (16)),
+                                            random.uniform());
+                rig.engine.getParameterManager().setValue (random.below (32), random.uniform());
+                rig.engine.takeInputLevel (0);
+                double peak = 0.0;
+                rig.engine.getOutputPeak (rig.part, 0, &peak);
+                std::this_thread::yield();
+            }
+        });
+    threads.emplace_back (
+        [&]
         {
-            rig.engine.getPatchSummary (rig.part, 0, summary);
-            rig.engine.setCompressorThreshold (rig.part, random.between (0.2, 0.9));
-            rig.engine.getPatchData (rig.part, 0);
-            rig.engine.getParameterManager().setControl (random.below (32), static_cast<std::uint16_t> (random.below (90)));
-            const auto other = rig.engine.createPart (2);
-            const auto bytes = packed (sinePatch (200.0));
-            rig.engine.postPatchLoad (bytes.data(), static_cast<int> (bytes.size()), other, 0.0);
-            rig.engine.setPlayMode (other, 1);
-            rig.engine.startMonoVoice (other);
-            rig.engine.destroyPart (other);
-            rig.engine.midiMapAddCCToControlValue (rig.engine.getVolumeControlId (rig.part), 1.0, 0, 7);
-            rig.engine.unmapControlId (rig.engine.getVolumeControlId (rig.part));
-            std::this_thread::sleep_for (std::chrono::milliseconds (1));
-        }
-    });
+            TestRandom random (3);
+            MVPatchSummary summary;
+            while (! stop.load())
+            {
+                rig.engine.getPatchSummary (rig.part, 0, summary);
+                rig.engine.setCompressorThreshold (rig.part, random.between (0.2, 0.9));
+                rig.engine.getPatchData (rig.part, 0);
+                rig.engine.getParameterManager().setControl (random.below (32),
+                                                             static_cast<std::uint16_t> (random.below (90)));
+                const auto other = rig.engine.createPart (2);
+                const auto bytes = packed (sinePatch (200.0));
+                rig.engine.postPatchLoad (bytes.data(), static_cast<int> (bytes.size()), other, 0.0);
+                rig.engine.setPlayMode (other, 1);
+                rig.engine.startMonoVoice (other);
+                rig.engine.destroyPart (other);
+                rig.engine.midiMapAddCCToControlValue (rig.engine.getVolumeControlId (rig.part), 1.0, 0, 7);
+                rig.engine.unmapControlId (rig.engine.getVolumeControlId (rig.part));
+                std::this_thread::sleep_for (std::chrono::milliseconds (1));
+            }
+        });
 
     int answered = 0;
     auto count = [] (void* counter, void*, int, const char*) { ++*static_cast<int*> (counter); };
@@ -405,7 +425,8 @@ TEST (EngineLoad, manyThreadsAtOnce)
     for (int i = 0; i < 150; ++i)
     {
         const PatchBytes& bytes = patches[i % 3];
-        if (rig.engine.postPatchLoad (bytes.data(), static_cast<int> (bytes.size()), rig.part, 0.01, count, &answered) == 6)
+        if (rig.engine.postPatchLoad (bytes.data(), static_cast<int> (bytes.size()), rig.part, 0.01, count, &answered)
+            == 6)
             ++posted;
         std::this_thread::sleep_for (std::chrono::milliseconds (2));
     }

@@ -173,7 +173,8 @@ TEST (PatchRendererLoad, fadeEndsWhateverBecomesOfTheNotes)
 TEST (PatchRendererLoad, failedLoadLeavesTheOldPatchPlayingUntouched)
 {
     PatchBuilder unknown;
-    unknown.node (0xA7000A);
+    unknown.node (PatchBuilder::output);
+    unknown.node (0xA7000A); // the layer is half filled when this one fails
     const auto broken = unknown.tree();
     const auto empty = makeSmart<MVRiffPacker> (fourCC ("ptch"));
 
@@ -350,7 +351,9 @@ TEST (PatchRendererControls, identifiersAreTakenNamedAndGivenBack)
     {
         int id;
         const char* name;
-    } names[] { { 1, "Pitch" }, { 2, "Volume" }, { 3, "Patch Activator" }, { 19, "Parameter 15" }, { 23, "Layer Fade 3" } };
+    } names[] {
+        { 1, "Pitch" }, { 2, "Volume" }, { 3, "Patch Activator" }, { 19, "Parameter 15" }, { 23, "Layer Fade 3" }
+    };
     for (const auto& each : names)
     {
         MVControlValue* const value = rig.controls.acquireControl (each.id);
@@ -487,7 +490,8 @@ TEST (PatchRendererStress, loadsNotesAndBlocksOfThreeThreads)
     for (int tries = 0; done < 150 && tries < 1000000; ++tries)
     {
         const int layer = random.below (3);
-        int result = random.chance (0.2) ? rig.renderer->unloadPatch (layer, true) : rig.load (playedTonePatch(), layer);
+        int result =
+            random.chance (0.2) ? rig.renderer->unloadPatch (layer, true) : rig.load (playedTonePatch(), layer);
         if (result == resultLayerInUse)
             rig.renderer->setLayerPlaying (layer, 3, false);
         for (int n = 0; result == resultUnderWay && n < 1000000; ++n)

@@ -182,7 +182,8 @@ TEST (PatchRendererNotes, stateListenersHearOfStartsAndEnds)
 {
     RendererRig rig;
     int calls = 0;
-    const auto count = [] (void* context, std::int64_t, std::uint64_t, std::uint64_t) { ++*static_cast<int*> (context); };
+    const auto count = [] (void* context, std::int64_t, std::uint64_t, std::uint64_t)
+    { ++*static_cast<int*> (context); };
     rig.renderer->addStateListener (count, &calls);
     rig.renderer->addStateListener (count, &calls);
     rig.load (constantPatch (1.0));

@@ -25,10 +25,9 @@ public:
     }
 };
 
-constinit const OperatorSpec ControlledNode::spec { .typeId = typeCode,
-                                                    .numInputs = 4,
-                                                    .numOutputs = 1,
-                                                    .controlInputs = 0b1110 };
+constinit const OperatorSpec ControlledNode::spec {
+    .typeId = typeCode, .numInputs = 4, .numOutputs = 1, .controlInputs = 0b1110
+};
 
 class ControlledNodeFactory final : public MVVirtualOperatorFactory
 {
@@ -82,8 +81,12 @@ TEST (PolyPatchControls, controlsAreDealtOutFromTheRootToScaledControlInputs)
     EXPECT_EQ (rig.controlOf (fed, 2), 0);
     EXPECT_EQ (rig.controlOf (fed, 3), 1);
 
-    // Asked for once only: a patch that does not ask keeps what it stores.
-    patch.autoAssign = 0;
+    // Asked for once only: a patch that does not ask keeps what it stores, also behind one that asked in vain.
+    PatchBuilder withoutOutput;
+    withoutOutput.node (PatchBuilder::constant);
+    withoutOutput.autoAssign = 1;
+    rig.play (withoutOutput.tree());
+    patch.autoAssign = -1;
     rig.play (patch.tree());
     EXPECT_EQ (rig.controlOf (fed, 1), 9);
     EXPECT_EQ (rig.controlOf (fed, 2), -1);

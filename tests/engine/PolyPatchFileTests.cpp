@@ -139,12 +139,12 @@ TEST (PolyPatchFile, routesFoldIntoRange)
         int srcNode, wantedSrcPort, wantedDstPort;
     } cases[] {
         { 1, -1, 5, 2, 0, 5, 2 },
-        { 1, -1, 16, 4, 0, 1, 1 },       // 16 folds to 1, input 4 of 0..3 to 1
-        { 1, -1, 30, 6, 0, 0, 0 },       // 15 + 15 falls on 0
-        { 1, -1, -1, -1, 0, 14, 2 },     // below 0: 15 - 1, 3 - 1
-        { 0, -2, 0, 0, 1, 0, 0 },        // 0 - 2 folds to 1
-        { 1, 3, 0, 0, 1, 0, 0 },         // 1 + 3 = 4 folds to 1
-        { 1, INT_MAX, 0, 0, 0, 0, 0 },   // wraps to the most negative number, which counts as 0
+        { 1, -1, 16, 4, 0, 1, 1 },     // 16 folds to 1, input 4 of 0..3 to 1
+        { 1, -1, 30, 6, 0, 0, 0 },     // 15 + 15 falls on 0
+        { 1, -1, -1, -1, 0, 14, 2 },   // below 0: 15 - 1, 3 - 1
+        { 0, -2, 0, 0, 1, 0, 0 },      // 0 - 2 folds to 1
+        { 1, 3, 0, 0, 1, 0, 0 },       // 1 + 3 = 4 folds to 1
+        { 1, INT_MAX, 0, 0, 0, 0, 0 }, // wraps to the most negative number, which counts as 0
         { 1, -1, INT_MIN, INT_MIN, 0, 0, 0 },
     };
 

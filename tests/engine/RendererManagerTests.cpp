@@ -57,7 +57,8 @@ protected:
     }
 
     /** Sets the version of a full preset to 1.minor.revision. */
-    static MVSmartPtr<MVRiffPacker> withVersion (const MVRiffPacker& preset, std::uint32_t minor, std::uint32_t revision)
+    static MVSmartPtr<MVRiffPacker> withVersion (const MVRiffPacker& preset, std::uint32_t minor,
+                                                 std::uint32_t revision)
     {
         auto changed = makeSmart<MVRiffPacker> (preset.getChunkId());
         const std::uint32_t version[] { 1, minor, revision, 1 };
@@ -164,10 +165,12 @@ TEST_F (RendererManager, newRendererEntersWithARampFromSilence)
     std::array<double, 256> other {};
     const std::array<const double*, 8> silent { block.data(), block.data() };
     std::array<double*, 8> alone { left.data(), right.data() };
-    manager.withRenderer (id, [&] (MVPatchRenderer& renderer) {
-        for (int i = 0; i < 40; ++i)
-            renderer.render (2, silent.data(), 2, alone.data(), 256, 0);
-    });
+    manager.withRenderer (id,
+                          [&] (MVPatchRenderer& renderer)
+                          {
+                              for (int i = 0; i < 40; ++i)
+                                  renderer.render (2, silent.data(), 2, alone.data(), 256, 0);
+                          });
 
     // The limiter of the output operator passes it on 32 samples later, in the middle of the block.
     other[96] = 0.5;
@@ -266,12 +269,14 @@ TEST_F (RendererManager, damagedPresetsLeaveNoRendererBehind)
         { "no voices chunk", 14, [] (MVRiffPacker& form) { addChunk (form, fourCC ("subc"), 3); } },
         { "no layers chunk", 14, [] (MVRiffPacker& form) { addChunk (form, fourCC ("maxp"), 3); } },
         { "too many voices", 14,
-          [] (MVRiffPacker& form) {
+          [] (MVRiffPacker& form)
+          {
               addChunk (form, fourCC ("subc"), 3);
               addChunk (form, fourCC ("maxp"), 2000000000);
           } },
         { "a patch that is none", 9,
-          [] (MVRiffPacker& form) {
+          [] (MVRiffPacker& form)
+          {
               addChunk (form, fourCC ("subc"), 3);
               addChunk (form, fourCC ("maxp"), 1);
               PatchBuilder broken;
@@ -279,7 +284,8 @@ TEST_F (RendererManager, damagedPresetsLeaveNoRendererBehind)
               form.addChild (broken.tree());
           } },
         { "more patches than layers", 8,
-          [] (MVRiffPacker& form) {
+          [] (MVRiffPacker& form)
+          {
               addChunk (form, fourCC ("subc"), 3);
               addChunk (form, fourCC ("maxp"), 1);
               for (int i = 0; i < 4; ++i)
@@ -309,7 +315,8 @@ TEST_F (RendererManager, eventsActOnTheirRendererAndIgnoreAnUnknownOne)
         manager.setPlayMode (id, 2);
     }
 
-    auto send = [this] (std::uint32_t type, std::uint64_t id, int number = 0, double value = 0.0) {
+    auto send = [this] (std::uint32_t type, std::uint64_t id, int number = 0, double value = 0.0)
+    {
         MVEvent event;
         event.setType (type);
         event.setId (id);
@@ -317,7 +324,8 @@ TEST_F (RendererManager, eventsActOnTheirRendererAndIgnoreAnUnknownOne)
         event.setDoubleArg (0, value);
         return manager.handleEvent (&event);
     };
-    auto notes = [this] (std::uint64_t id) {
+    auto notes = [this] (std::uint64_t id)
+    {
         int count = -1;
         manager.withRenderer (id, [&] (const MVPatchRenderer& renderer) { count = renderer.numActiveParts(); });
         return count;

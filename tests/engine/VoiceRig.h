@@ -49,10 +49,9 @@ private:
     int blocksLeft = tailBlocks;
 };
 
-inline constinit const OperatorSpec PlainOutput::spec { .typeId = PatchBuilder::output,
-                                                        .className = "MVOpOutput",
-                                                        .numInputs = 5,
-                                                        .attributeSize = 0 };
+inline constinit const OperatorSpec PlainOutput::spec {
+    .typeId = PatchBuilder::output, .className = "MVOpOutput", .numInputs = 5, .attributeSize = 0
+};
 
 class PlainOutputFactory final : public MVVirtualOperatorFactory
 {

@@ -71,7 +71,7 @@ private:
 constexpr std::uint32_t outputTypeId = 0xA70006;
 constexpr std::uint32_t inputTypeId = 0xA7000C;
 
-/** The specification of a class that the table holds. */
+/** The OperatorSpec of a class that the table holds. */
 const OperatorSpec& specOf (const char* className);
 
 /** A stored operator list with these chunks; a null record leaves "attr" out, a negative number "ver ". */
