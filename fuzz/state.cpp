@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// The state block of a host: handed over, played with and read back. One processor serves
-// for all inputs, as in a host that switches between songs.
+// The state block of a host: handed over, played with and read back. One processor serves for all
+// inputs, as in a host that switches between songs.
 
 #include "FuzzInput.h"
 #include "plugin/SordelinAudioProcessor.h"

@@ -34,7 +34,7 @@ TEST (PluginAbi, effectRecordLiesAsHostsReadIt)
     const void* record = &instance->effect();
 
     EXPECT_EQ (at<std::int32_t> (record, 0), 0x56737450);
-    for (const std::size_t function : { 8, 24, 32, 120, 128 })
+    for (const std::size_t function : { 8U, 24U, 32U, 120U, 128U })
         EXPECT_NE (at<void*> (record, function), nullptr) << "function at " << function;
 
     struct Field

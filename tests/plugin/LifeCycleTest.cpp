@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Opening, starting, restoring, interleaving and closing, on a machine without a display.
 #include "plugin/PluginRig.h"
+
+#include "host/LevelReport.h"
 #include "support/AllocationWatch.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <atomic>
 #include <filesystem>
+#include <thread>
 
 namespace morvanelab::test
 {
@@ -139,6 +142,38 @@ TEST_F (PluginLife, restartInTheMiddleOfALoadEndsPromptly)
         instance->start (44100.0 + round, 512);
     }
     EXPECT_GT (render (*instance, 8192, { 512 }, { noteOn (60) }).peak(), 0.01);
+}
+
+TEST_F (PluginLife, patchesChangeWhileAudioRuns)
+{
+    const auto instance = rig.openWithPatch (slotSine);
+    instance->setOffline (false);
+    std::atomic<bool> ended { false };
+    bool finite = true;
+    std::thread audio (
+        [&]
+        {
+            for (int block = 0; ! ended; ++block)
+            {
+                const auto take = render (*instance, 256, { 256 }, { noteOn (48 + block % 24) });
+                finite = finite && host::measureLevel (take.left, take.right, 0, take.left.size()).finite;
+            }
+        });
+    for (int change = 0; change < 100; ++change)
+    {
+        instance->setState (rig.stateFor (change % 2 == 0 ? slotSquare : slotSine));
+        instance->effect().setParameter (&instance->effect(), 0, 0.5F);
+        EXPECT_EQ (instance->getState().size(), 320U);
+        instance->text (8, 0);
+    }
+    ended = true;
+    audio.join();
+    EXPECT_TRUE (finite);
+
+    instance->setOffline (true);
+    instance->start (44100.0, 256);
+    EXPECT_GT (render (*instance, 8192, { 256 }, { noteOn (60) }).peak(), 0.01);
+    EXPECT_EQ (instance->text (8, 0), "Level") << "the last patch asked for";
 }
 
 TEST_F (PluginLife, steadyBlocksTouchNoHeap)

@@ -25,6 +25,7 @@ const char* const hostUsage =
     "  --block N[,N...]          block sizes, used in turn (default 512)\n"
     "  --realtime                runs at the speed of the clock, as a host that plays\n"
     "  --screenshot FILE.png     opens the editor in a window and takes a picture at the end\n"
+    "  --reopen                  with it, closes and opens the editor every half second of sound\n"
     "  -o FILE.wav               writes the sound\n";
 
 namespace
@@ -98,9 +99,9 @@ HostOptions parseHostOptions (int count, const char* const* arguments)
     for (int i = 1; i < count; ++i)
     {
         const std::string_view name = arguments[i];
-        if (name == "--realtime")
+        if (name == "--realtime" || name == "--reopen")
         {
-            options.realtime = true;
+            (name == "--realtime" ? options.realtime : options.reopen) = true;
             continue;
         }
         const auto setter = setters.find (name);

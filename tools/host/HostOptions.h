@@ -23,6 +23,7 @@ struct HostOptions
     double seconds = 0.0;            ///< 0: until 2 s after the last note
     std::vector<TuneNote> notes;     ///< empty: the built-in tune
     bool realtime = false;
+    bool reopen = false; ///< close and open the window again and again
 };
 
 extern const char* const hostUsage;

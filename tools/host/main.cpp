@@ -56,10 +56,52 @@ void restore (VstInstance& plugin, const HostOptions& options)
         plugin.setState (makeState (readBankList (managerFile()), options.bank, options.slot));
 }
 
-Recording play (VstInstance& plugin, const HostOptions& options, EditorWindow* window)
+/** The editor in a window of its own, or nothing where none was asked for. */
+class Editor
+{
+public:
+    Editor (VstInstance& instance, HostDisplay* displayToUse, bool reopen)
+        : plugin (instance), display (displayToUse), reopening (reopen)
+    {
+        if (display != nullptr)
+            window = std::make_unique<EditorWindow> (plugin, *display);
+    }
+
+    EditorWindow* get() { return window.get(); }
+
+    void idle (double secondsOfSound)
+    {
+        if (window == nullptr)
+            return;
+        plugin.dispatch (vst2::effEditIdle);
+        if (reopening && secondsOfSound - openedAt >= reopenSeconds)
+        {
+            window.reset();
+            window = std::make_unique<EditorWindow> (plugin, *display);
+            openedAt = secondsOfSound;
+        }
+    }
+
+private:
+    static constexpr double reopenSeconds = 0.5;
+
+    VstInstance& plugin;
+    HostDisplay* display;
+    std::unique_ptr<EditorWindow> window;
+    bool reopening;
+    double openedAt = 0.0;
+};
+
+void waitForClock (std::chrono::steady_clock::time_point started, double seconds)
 {
     using Clock = std::chrono::steady_clock;
-    const auto started = Clock::now();
+    std::this_thread::sleep_until (
+        started + std::chrono::duration_cast<Clock::duration> (std::chrono::duration<double> (seconds)));
+}
+
+Recording play (VstInstance& plugin, const HostOptions& options, Editor& editor)
+{
+    const auto started = std::chrono::steady_clock::now();
     const auto total = std::lround (std::ceil (options.seconds * options.rate));
     Recording recording;
     long done = 0;
@@ -72,13 +114,10 @@ Recording play (VstInstance& plugin, const HostOptions& options, EditorWindow* w
             plugin.send (messages);
         plugin.render (frames, recording.left, recording.right);
         done += frames;
-        if (window != nullptr)
-            plugin.dispatch (vst2::effEditIdle);
+        const auto seconds = static_cast<double> (done) / options.rate;
+        editor.idle (seconds);
         if (options.realtime)
-            std::this_thread::sleep_until (
-                started
-                + std::chrono::duration_cast<Clock::duration> (
-                    std::chrono::duration<double> (static_cast<double> (done) / options.rate)));
+            waitForClock (started, seconds);
     }
     return recording;
 }
@@ -107,12 +146,9 @@ void run (const HostOptions& options)
     plugin.start (options.rate, *std::max_element (options.blocks.begin(), options.blocks.end()));
     restore (plugin, options);
 
-    std::unique_ptr<EditorWindow> window;
-    if (display != nullptr)
-        window = std::make_unique<EditorWindow> (plugin, *display);
-
-    const auto recording = play (plugin, options, window.get());
-    if (window != nullptr)
+    Editor editor (plugin, display.get(), options.reopen);
+    const auto recording = play (plugin, options, editor);
+    if (auto* window = editor.get())
     {
         window->idle (0.5);
         window->savePicture (options.screenshot);
