@@ -91,7 +91,26 @@ void feedBrown (Rig& rig)
     rig.op->setChoiceParameter (0, 1);
 }
 
+void feedPitchOnly (Rig& rig) { rig.feed (5, constantBlock (110.0)); }
+
 void feedMono (Rig& rig) { rig.feed (0, noiseBlock (0.5)); }
+
+/** The trigger reaches the threshold in every block. */
+void feedTriggers (Rig& rig)
+{
+    rig.feed (0, noiseBlock (0.5));
+    rig.feed (1, constantBlock (1.0));
+    rig.op->setFloatParameter (0, 2.5);
+}
+
+/** A whole recording, looped at an odd rate. */
+void feedLoop (Rig& rig)
+{
+    rig.feed (0, noiseBlock (0.5));
+    rig.feed (1, constantBlock (1.0));
+    rig.feed (3, constantBlock (1.0));
+    rig.feed (4, constantBlock (0.7));
+}
 
 void playBlocks (benchmark::State& state, const OperatorSpec& spec, void (*feed) (Rig&))
 {
@@ -117,7 +136,10 @@ bool registerAll()
     } variants[] { { "MVOpNoise/white", "MVOpNoise", feedWhite },
                    { "MVOpNoise/brown", "MVOpNoise", feedBrown },
                    { "MVOpNoise/interval", "MVOpNoise", feedInterval },
-                   { "MVOpOutput/mono", "MVOpOutput", feedMono } };
+                   { "MVOpSlawvox/own source", "MVOpSlawvox", feedPitchOnly },
+                   { "MVOpOutput/mono", "MVOpOutput", feedMono },
+                   { "MVOpExponential/moving", "MVOpExponential", feedTriggers },
+                   { "MVOpSampler/loop", "MVOpSampler", feedLoop } };
 
     for (const auto& variant : variants)
         benchmark::RegisterBenchmark (variant.name, playBlocks,

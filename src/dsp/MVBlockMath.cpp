@@ -135,6 +135,12 @@ void blockMultiply (double* out, const double* in, int frames)
         out[i] *= in[i];
 }
 
+void blockProduct (double* out, const double* a, const double* b, int frames)
+{
+    for (int i = 0; i < frames; ++i)
+        out[i] = a[i] * b[i];
+}
+
 void blockScale (double* buffer, int frames, double gain)
 {
     for (int i = 0; i < frames; ++i)

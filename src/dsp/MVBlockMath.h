@@ -18,6 +18,8 @@ void blockCopy (double* out, const double* in, int frames);
 void blockAdd (double* out, const double* in, int frames);
 /** out *= in */
 void blockMultiply (double* out, const double* in, int frames);
+/** out = a * b */
+void blockProduct (double* out, const double* a, const double* b, int frames);
 void blockScale (double* buffer, int frames, double gain);
 
 /** out = ramp */

@@ -23,6 +23,12 @@ std::int32_t sumOf (std::int32_t a, std::int32_t b)
 
 } // namespace
 
+MVExponentialPulse::MVExponentialPulse (const MVExponentialPulse& other)
+    : MVDspBase (other), shape (other.shape), totalSamples (other.totalSamples), position (other.position),
+      startLevel (other.startLevel), lastLevelFixed (other.lastLevelFixed.load()), pending (other.pending.load())
+{
+}
+
 void MVExponentialPulse::setShape (const Shape& newShape)
 {
     const bool resting = position >= totalSamples;

@@ -26,6 +26,10 @@ public:
         double decayPower = 1.0;
     };
 
+    MVExponentialPulse() = default;
+    /** A pulse of its own, at the same place of the curve. */
+    MVExponentialPulse (const MVExponentialPulse& other);
+
     /** Takes effect with the next block. A pulse at rest stays at rest; a running one goes on from its position. */
     virtual void setShape (const Shape& newShape);
     const Shape& getShape() const { return shape; }

@@ -1,17 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/MVOperatorTable.h"
 
+#include "operators/MVOpAdsrEnvelope.h"
+#include "operators/MVOpBiquad.h"
 #include "operators/MVOpConstantPcm.h"
+#include "operators/MVOpDelay.h"
+#include "operators/MVOpEnvFollower.h"
+#include "operators/MVOpExponential.h"
+#include "operators/MVOpFreqTweaker.h"
+#include "operators/MVOpGate.h"
 #include "operators/MVOpInput.h"
 #include "operators/MVOpMidiKeyIn.h"
 #include "operators/MVOpNoise.h"
 #include "operators/MVOpOscillator.h"
 #include "operators/MVOpOutput.h"
 #include "operators/MVOpPassThrough.h"
+#include "operators/MVOpPitchTracker.h"
 #include "operators/MVOpProduct.h"
 #include "operators/MVOpPulseWidthModulator.h"
 #include "operators/MVOpRouter.h"
+#include "operators/MVOpSampleHold.h"
+#include "operators/MVOpSampler.h"
+#include "operators/MVOpSignalShaper.h"
+#include "operators/MVOpSlawvox.h"
+#include "operators/MVOpSmoother.h"
 #include "operators/MVOpSum.h"
+#include "operators/MVOpTimeSequencer.h"
+#include "operators/MVOpValueSequencer.h"
 #include "operators/MVOperatorClassFactory.h"
 
 #include <algorithm>
@@ -32,11 +47,19 @@ constexpr OperatorRow row()
 }
 
 // The order is the one of registration.
-constexpr OperatorRow table[] {
-    row<MVOpOutput>(),  row<MVOpOscillator>(),          row<MVOpConstantPcm>(), row<MVOpSum>(),
-    row<MVOpProduct>(), row<MVOpMidiKeyIn>(),           row<MVOpPassThrough>(), row<MVOpInput>(),
-    row<MVOpNoise>(),   row<MVOpPulseWidthModulator>(), row<MVOpRouter>()
-};
+constexpr OperatorRow table[] { row<MVOpOutput>(),         row<MVOpOscillator>(),
+                                row<MVOpConstantPcm>(),    row<MVOpSum>(),
+                                row<MVOpProduct>(),        row<MVOpDelay>(),
+                                row<MVOpMidiKeyIn>(),      row<MVOpSignalShaper>(),
+                                row<MVOpAdsrEnvelope>(),   row<MVOpPassThrough>(),
+                                row<MVOpInput>(),          row<MVOpEnvFollower>(),
+                                row<MVOpPitchTracker>(),   row<MVOpBiquad>(),
+                                row<MVOpExponential>(),    row<MVOpSampler>(),
+                                row<MVOpNoise>(),          row<MVOpFreqTweaker>(),
+                                row<MVOpValueSequencer>(), row<MVOpTimeSequencer>(),
+                                row<MVOpSampleHold>(),     row<MVOpPulseWidthModulator>(),
+                                row<MVOpRouter>(),         row<MVOpSlawvox>(),
+                                row<MVOpGate>(),           row<MVOpSmoother>() };
 
 template <typename Predicate>
 const OperatorSpec* findSpec (Predicate predicate)

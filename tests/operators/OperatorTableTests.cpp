@@ -38,6 +38,8 @@ constexpr auto Float = MVParameterType::Float;
 constexpr auto Int = MVParameterType::Int;
 constexpr auto Choice = MVParameterType::Choice;
 constexpr auto Bool = MVParameterType::Bool;
+constexpr auto Curve = MVParameterType::Curve;
+constexpr auto Sequence = MVParameterType::Sequence;
 
 const std::vector<ExpectedOperator>& expectedOperators()
 {
@@ -83,6 +85,14 @@ const std::vector<ExpectedOperator>& expectedOperators()
             "Product Input Signal #3 " },
           { "Product Output Signal" },
           {} },
+        { "MVOpDelay",
+          0xA70003,
+          "Delay",
+          16,
+          { "Input Signal", "Duration Ratio" },
+          { "Output Signal" },
+          { { "Post Delay Scalar", Float, 0.0010000000474974513, 0.9890000094892457, 0.5 },
+            { "Max Delay (sec)", Float, 0.0, 5.0, 1.0 } } },
         { "MVOpMidiKeyIn",
           0xA70004,
           "Midi Key In",
@@ -93,6 +103,24 @@ const std::vector<ExpectedOperator>& expectedOperators()
             { "Percussive Mode", Bool, 0, 0, 0 },
             { "Velocity Decay Rate", Float, 0.0, 4.0, 0.3000000119 },
             { "Rest Velocity Ratio", Float, 0.0, 4.0, 0.3000000119 } } },
+        { "MVOpSignalShaper",
+          0xA70008,
+          "Signal Shaper",
+          132,
+          { "Input (index) Signal" },
+          { "Distorted Output Signal" },
+          { { "Breakpoints", Curve, 0, 0, -1 } } },
+        { "MVOpAdsrEnvelope",
+          0xA70001,
+          "ADSR-Env",
+          40,
+          { "Input Signal", "Trigger Signal" },
+          { "Output Scaled", "Output Envelope" },
+          { { "Attack", Float, 0.0010000000474974513, 1.9989999999525025, 0.01 },
+            { "Decay", Float, 0.0010000000474974513, 1.9989999999525025, 0.1 },
+            { "Release", Float, 0.0010000000474974513, 14.998999999952503, 0.3 },
+            { "Sustain Ratio", Float, 0.009999999776482582, 0.9890000130981207, 0.6000000238418579 },
+            { "Trigger Trheshold", Float, 0.009999999776482582, 0.9890000130981207, 0.1 } } },
         { "MVOpWire", 0xA7000B, "Thru", 0, { "Input Signal" }, { "Output Signal" }, {} },
         { "MVOpInput",
           0xA7000C,
@@ -101,6 +129,42 @@ const std::vector<ExpectedOperator>& expectedOperators()
           {},
           { "Signal from Input" },
           { { "Input Channel", Int, 0, 2, 0 } } }, // with two input channels
+        { "MVOpEnvFollower",
+          0xA7000D,
+          "Env Follower",
+          8,
+          { "Input Signal" },
+          { "Output Follower Signal" },
+          { { "Decay Rate", Float, 0.004999999888241291, 9.995000000111759, 1.0 } } },
+        { "MVOpPitchTracker", 0xA7000E, "Pitch Tracker", 0, { "Input Signal" }, { "Instant Pitch Value" }, {} },
+        { "MVOpBiquad",
+          0xA7000F,
+          "Biquad",
+          4,
+          { "Center Frequency ", "Q", "Unused", "Input Signal" },
+          { "Output Signal" },
+          { { "Filter Type", Choice, 0, 0, 3, { "Lowpass", "Highpass", "Bandpass", "Notch", "Allpass" } } } },
+        { "MVOpExponential",
+          0xA70010,
+          "Exp-Env",
+          56,
+          { "Input Modulated Signal", "Input Trigger Signal" },
+          { "Output Modulated Signal", "Output Exponential Envelope" },
+          { { "Attack Velocity", Float, -10.0, 20.0, 1.0 },
+            { "Decay Velocity", Float, -10.0, 20.0, 2.0 },
+            { "Full On", Float, -1.0, 2.0, 1.0 },
+            { "Full Off", Float, -1.0, 2.0, 0.0 },
+            { "Attack Duration", Float, 0.009999999776482582, 4.990000000223517, 0.01 },
+            { "Release Duration", Float, 0.004999999888241291, 9.995000000111759, 0.5 },
+            { "Threshold", Float, 0.25, 0.7490000128746033, 0.8999999761581421 } } },
+        { "MVOpSampler",
+          0xA70011,
+          "Sampler",
+          8,
+          { "Input Signal", "Input Record Trigger", "Input Loop Start Offset", "Input Loop Duration",
+            "Input Playback Rate" },
+          { "Output Signal" },
+          { { "Sampler time capacity", Float, 0.25, 9.75, 2.0 } } },
         { "MVOpNoise",
           0xA70012,
           "Noise",
@@ -108,6 +172,40 @@ const std::vector<ExpectedOperator>& expectedOperators()
           { "Brownian Deviation", "Change Interval" },
           { "Noise Signal" },
           { { "Noise Type", Choice, 0, 0, 1, { "White", "Brown" } }, { "Interpolate", Bool, 0, 0, 0 } } },
+        { "MVOpFreqTweaker",
+          0xA70013,
+          "Tweaker",
+          4,
+          { "Input Signal", "(Not Used)", "Stretch Factor" },
+          { "Tweaked Signal" },
+          { { "Algorithm",
+              Choice,
+              0,
+              0,
+              1,
+              { "Stretched", "Shifted", "Convolved", "Self-convolved", "Phase-swapped", "Mag-swapped", "Reversed",
+                "Wrapped", "Twisted", "Attractor", "Morph", "Blur" } } } },
+        { "MVOpValueSequencer",
+          0xA70014,
+          "Value Sequence",
+          32,
+          { "Step Trigger", "Quantization Factor", "Smoothing Factor", "Start Stage Offset", "End Stage Offset" },
+          { "Output Value", "Stage Counter" },
+          { { "Stage Values", Sequence, 0, 0, -1 } } },
+        { "MVOpTimeSequencer",
+          0xA70015,
+          "Time Sequence",
+          32,
+          { "Rate Scalar", "Stage Start Offset", "Stage End Offset" },
+          { "Output Pulse", "Stage Counter" },
+          { { "Stage Intervals", Sequence, 0, 0, -1 } } },
+        { "MVOpSampleHold",
+          0xA70016,
+          "Sample Hold",
+          4,
+          { "Capture Signal", "Hold Trigger" },
+          { "Hold Value" },
+          { { "Damping Type", Choice, 0, 0, -1, {} } } },
         { "MVOpPulseWidthModulator",
           0xA70017,
           "PWM",
@@ -134,7 +232,31 @@ const std::vector<ExpectedOperator>& expectedOperators()
             "Routed Output #3 - 0", "Routed Output #3 - 1", "Routed Output #3 - 2", "Routed Output #3 - 3" },
           { { "Max Change Time", Int, 10, 9990, 10 },
             { "Modulo Step Stride", Float, 0.009999999776482582, 0.9900000002235174, 0.25 },
-            { "Modulo Step Offset", Float, 0.009999999776482582, 0.9900000002235174, 0.25 } } }
+            { "Modulo Step Offset", Float, 0.009999999776482582, 0.9900000002235174, 0.25 } } },
+        { "MVOpSlawvox",
+          0xA70019,
+          "Sound Color",
+          16,
+          { "Glottal Source", "Formant Map X", "Formant Map Y", "Articulation", "Reduction", "Formant Shift" },
+          { "Vocalized Signal" },
+          { { "Filter Topology", Choice, 0, 0, 1, { "Series", "Parallel" } },
+            { "Quaver Depth", Float, 0.0, 1.0, 0.0 },
+            { "Quaver Rate", Float, 0.0, 16.0, 0.0 },
+            { "Breathniess", Float, 0.0, 1.0, 0.0 } } },
+        { "MVOpGate",
+          0xA7001A,
+          "Gate",
+          4,
+          { "Signal A", "Signal B", "A/B Mix Balance" },
+          { "Gate-mixed Signal" },
+          { { "Center Mix Pos", Choice, 0, 0, 1, { "Balanced at zero", "Balanced at Half" } } } },
+        { "MVOpSmoother",
+          0xA7001B,
+          "Smoother",
+          4,
+          { "Input Signal", "Smoothing Factor" },
+          { "Smoother Signal" },
+          { { "Center Smooth Pos", Choice, 0, 0, 1, { "Center at zero", "Center at Half" } } } }
     };
     return rows;
 }
@@ -151,7 +273,8 @@ void expectParameter (const MVOperator& op, int index, const ExpectedParameter& 
     SCOPED_TRACE (expected.name);
     EXPECT_STREQ (op.parameterName (index), expected.name);
     ASSERT_EQ (op.parameterType (index), expected.type);
-    EXPECT_TRUE (op.parameterHasDefault (index));
+    const bool isPlainValue = expected.type == Float || expected.type == Int || expected.type == Bool;
+    EXPECT_EQ (op.parameterHasDefault (index), isPlainValue || ! expected.choices.empty());
     EXPECT_EQ (op.parameterDefault (index), expected.initial);
 
     if (expected.type == Float)
@@ -174,7 +297,7 @@ void expectParameter (const MVOperator& op, int index, const ExpectedParameter& 
             EXPECT_STREQ (op.choiceName (index, position), expected.choices[static_cast<std::size_t> (position)]);
             EXPECT_EQ (op.choiceValue (index, position), position + 1);
         }
-        EXPECT_EQ (op.choiceParameter (index), expected.initial - 1);
+        EXPECT_EQ (op.choiceParameter (index), expected.choices.empty() ? 0 : expected.initial - 1);
     }
 }
 
