@@ -14,7 +14,7 @@ namespace morvanelab
 
 namespace
 {
-/** What an operator takes beyond its signal buffers, so that patches of many small nodes are counted too. */
+/** What an operator takes beyond itself and its signal buffers, so that patches of many small nodes are counted too. */
 constexpr std::size_t operatorAllowance = 4096;
 
 enum OUTPUT_PARAMETER_t : int
@@ -191,8 +191,15 @@ std::size_t MVPolyPatch::memoryNeeded (int layer) const
 {
     const MVNetworkInfo* const info = networkInfoAt (layer);
     const int buffers = info != nullptr ? info->getBufferCount() : 0;
-    return static_cast<std::size_t> (buffers) * bufferSize * sizeof (double)
-           + static_cast<std::size_t> (numNodes (layer)) * operatorAllowance;
+    std::size_t bytes = static_cast<std::size_t> (buffers) * bufferSize * sizeof (double);
+
+    for (int index = 0; index < numNodes (layer); ++index)
+    {
+        const MVOperator* const op = operatorAt (layer, index);
+        bytes += operatorAllowance + (op != nullptr ? op->runtimeBytes() : 0);
+    }
+
+    return bytes;
 }
 
 MVOperator* MVPolyPatch::operatorAt (int layer, int index) const

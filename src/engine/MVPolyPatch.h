@@ -157,7 +157,7 @@ public:
     MVString variableDescription (int layer, int index) const;
 
     /** Bytes of heap that a layer takes once it is active: its signal memory (counted from its description) and
-        an allowance for the operators. */
+        what the operators take while they are active. */
     std::size_t memoryNeeded (int layer) const;
 
     // Operators -----------------------------------------------------------------------------------------------

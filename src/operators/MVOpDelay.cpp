@@ -4,6 +4,8 @@
 #include "dsp/MVBlockMath.h"
 #include "foundation/MVMath.h"
 
+#include <cmath>
+
 namespace morvanelab
 {
 
@@ -66,6 +68,12 @@ void MVOpDelay::reset()
 {
     line.reset();
     lastRatio = noRatio;
+}
+
+std::size_t MVOpDelay::runtimeBytes() const
+{
+    const double samples = std::ceil (values.maxDelay * sampleRate()) + 1.0;
+    return sizeof (*this) + static_cast<std::size_t> (truncToInt (samples)) * sizeof (double);
 }
 
 void MVOpDelay::process (int inputCount, const double* const* inputs, int outputCount, double* const* outputs,

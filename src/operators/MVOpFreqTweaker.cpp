@@ -132,6 +132,13 @@ void MVOpFreqTweaker::reset()
     silentSamples = MVFreqTweaker::hopSize;
 }
 
+std::size_t MVOpFreqTweaker::runtimeBytes() const
+{
+    // Two frames, the spectrum being made, and the overlap; and the three rings.
+    constexpr std::size_t samples = 3 * MVFreqTweaker::fftSize + MVFreqTweaker::hopSize;
+    return sizeof (*this) + samples * sizeof (double) + 3 * std::size_t { ringBytes };
+}
+
 void MVOpFreqTweaker::process (int inputCount, const double* const* inputs, int outputCount, double* const* outputs,
                                int frames, const MVOpExecDesc& desc)
 {

@@ -30,6 +30,7 @@ public:
 
     void setActive (bool flag) override;
     void reset() override;
+    std::size_t runtimeBytes() const override;
     void process (int inputCount, const double* const* inputs, int outputCount, double* const* outputs, int frames,
                   const MVOpExecDesc& desc) override;
 

@@ -48,6 +48,11 @@ void MVOpSampler::attributesChanged()
         looper.setCapacity (samples);
 }
 
+std::size_t MVOpSampler::runtimeBytes() const
+{
+    return sizeof (*this) + static_cast<std::size_t> (truncToInt (values.capacity * capacityRate)) * sizeof (double);
+}
+
 void MVOpSampler::setActive (bool flag)
 {
     MVOperator::setActive (flag);

@@ -28,6 +28,7 @@ class MVOpWithAttributes : public MVOperator
 
 public:
     MVOperator* clone() const override { return new Operator (static_cast<const Operator&> (*this)); }
+    std::size_t runtimeBytes() const override { return sizeof (Operator); }
 
     using MVOperator::attributeData;
     void* attributeData() override

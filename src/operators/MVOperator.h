@@ -98,6 +98,10 @@ public:
     /** Whether this operator lets its voice end. */
     virtual bool isFinished() const { return true; }
 
+    /** Bytes that this operator takes while active, itself included; the bound on a patch's memory counts them
+        before anything is activated. */
+    virtual std::size_t runtimeBytes() const { return 0; }
+
     /** A new "op  " list: class, record, identity, version and inputs. */
     virtual MVSmartPtr<MVRiffPacker> pack() const;
 

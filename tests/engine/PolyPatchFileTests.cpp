@@ -307,4 +307,27 @@ TEST (PolyPatchFile, memoryIsCountedFromBuffersAndOperators)
     EXPECT_EQ (rig.voice->memoryNeeded (0) - nodesOnly, 17U * 4096U);
 }
 
+TEST (PolyPatchFile, memoryThatOperatorsTakeWhenActiveIsCountedBeforehand)
+{
+    struct Case
+    {
+        std::uint32_t typeId;
+        const char* parameter;
+        double value;
+        double leastBytes; ///< its store alone, at 44100 Hz
+    };
+
+    for (const Case& each : { Case { 0xA70003, "Max Delay (sec)", 4.0, 4.0 * 44100 * 8 },
+                              Case { 0xA70011, "Sampler time capacity", 8.0, 8.0 * 44100 * 8 } })
+    {
+        PatchBuilder patch;
+        const int store = patch.node (each.typeId);
+        patch.set (store, each.parameter, each.value);
+
+        VoiceRig rig;
+        rig.parse (patch.tree());
+        EXPECT_GE (static_cast<double> (rig.voice->memoryNeeded (0)), each.leastBytes) << each.parameter;
+    }
+}
+
 } // namespace morvanelab::test
