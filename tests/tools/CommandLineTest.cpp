@@ -1,19 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "tests/support/TempFolder.h"
-
-#include <gtest/gtest.h>
+#include "tests/tools/CommandLineFixture.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include <sys/wait.h>
 
 namespace morvanelab
 {
@@ -21,63 +12,11 @@ namespace
 {
 
 namespace fs = std::filesystem;
+using test::CommandLine;
+using test::Outcome;
 using test::readFile;
+using test::textOf;
 using test::writeFile;
-
-struct Outcome
-{
-    int status;
-    std::string out;
-    std::string err;
-};
-
-std::string textOf (const fs::path& path)
-{
-    const auto bytes = readFile (path);
-    return { bytes.begin(), bytes.end() };
-}
-
-class CommandLine : public ::testing::Test
-{
-protected:
-    Outcome run (const std::string& arguments)
-    {
-        const std::string command = "cd '" + folder.path().string() + "' && SORDELIN_HOME='" + folder.file ("home")
-                                    + "' '" SORDELIN_PROGRAM "' " + arguments + " > out.txt 2> err.txt < /dev/null";
-        const int status = std::system (command.c_str());
-        return { WIFEXITED (status) ? WEXITSTATUS (status) : -1, textOf (folder.file ("out.txt")),
-                 textOf (folder.file ("err.txt")) };
-    }
-
-    void write (const std::string& name, const std::string& text)
-    {
-        writeFile (folder.file (name), { text.begin(), text.end() });
-    }
-
-    bool exists (const std::string& name) { return fs::exists (folder.file (name)); }
-
-    /** Builds a patch from text, into name.mv_onpatch. */
-    void build (const std::string& name, const std::string& text)
-    {
-        write (name + ".json", text);
-        const Outcome outcome = run ("patch build " + name + ".json -o " + name + ".mv_onpatch");
-        ASSERT_EQ (outcome.status, 0) << outcome.err;
-    }
-
-    /** Renders to raw floats: left and right in turn. */
-    std::vector<float> render (const std::string& arguments)
-    {
-        const Outcome outcome = run ("render --raw -o sound.raw " + arguments);
-        EXPECT_EQ (outcome.status, 0) << outcome.err;
-        const auto bytes = readFile (folder.file ("sound.raw"));
-        std::vector<float> samples (bytes.size() / 4);
-        if (! samples.empty())
-            std::memcpy (samples.data(), bytes.data(), samples.size() * 4);
-        return samples;
-    }
-
-    test::TempFolder folder;
-};
 
 const char* const tonePatch = R"({"parameters": [{"name": "Level"}], "operators": [
     {"name": "key", "operator": "Midi Key In"},
@@ -261,31 +200,6 @@ TEST_F (CommandLine, reportsAFeedbackLoop)
                std::string::npos)
         << report;
     EXPECT_NE (report.find ("one block late:\n  0 Sum, input 1"), std::string::npos) << report;
-}
-
-TEST_F (CommandLine, theFactoryBankSoundsAndStaysBelowFullScale)
-{
-    ASSERT_EQ (run ("bank build '" SORDELIN_SOURCE_DIR "/factory/factory-bank.json' -o f.mv_onbank").status, 0);
-    const std::string list = run ("bank list f.mv_onbank --json").out;
-    int used = 0;
-    for (auto at = list.find ("\"used\": true"); at != std::string::npos; at = list.find ("\"used\": true", at + 1))
-        ++used;
-    ASSERT_GE (used, 12);
-
-    for (int slot = 0; slot < used; ++slot)
-        for (const char* key : { "36", "60", "84" })
-        {
-            const auto samples = render ("--bank f.mv_onbank --slot " + std::to_string (slot) + " --seconds 1.5 --note "
-                                         + key + ":0.8:0:1");
-            double peak = 0.0;
-            for (const float sample : samples)
-            {
-                ASSERT_TRUE (std::isfinite (sample)) << slot;
-                peak = std::max (peak, std::abs (static_cast<double> (sample)));
-            }
-            EXPECT_GT (peak, 0.02) << "slot " << slot << " key " << key;
-            EXPECT_LT (peak, 1.0) << "slot " << slot << " key " << key;
-        }
 }
 
 } // namespace
