@@ -1,5 +1,6 @@
 # make          builds everything into dist/
 # make demo     builds, then plays a tune on the plug-in: out/demo.wav, out/demo.png
+# make factory-audition   builds, then plays each factory sound: out/audition/*.wav and a picture of each
 # make test     builds and runs every test, also under sanitizers, fuzzes briefly and checks the formatting
 # make bench    runs the benchmarks
 # make fuzz     fuzzes for longer (FUZZ_SECONDS for each target)
@@ -18,7 +19,7 @@ define configure
 	@cmake --preset $(1) >build/$(1).log || { cat build/$(1).log; exit 1; }
 endef
 
-.PHONY: all setup release asan tsan fuzz-targets demo test bench fuzz format check-format clean
+.PHONY: all setup release asan tsan fuzz-targets demo factory-audition test bench fuzz format check-format clean
 
 all: release
 
@@ -39,6 +40,9 @@ fuzz-targets: setup
 
 demo: release
 	tools/demo.sh $(CURDIR)/dist $(CURDIR)/out
+
+factory-audition: release
+	tools/factory-audition.sh $(CURDIR)/dist $(CURDIR)/out
 
 # Tests come last: the sum of theirs is the last line. Not in parallel, whatever -j says.
 test:

@@ -111,26 +111,6 @@ Json portsJson (const OperatorSpec& spec, int direction)
     return ports;
 }
 
-Json operatorJson (const OperatorSpec& spec)
-{
-    Json json;
-    json["id"] = hexId (spec.typeId);
-    json["class"] = spec.className;
-    json["name"] = spec.shortName;
-    json["description"] = spec.description;
-    json["attributeSize"] = spec.attributeSize;
-    json["inputs"] = portsJson (spec, portsIn);
-    json["outputs"] = portsJson (spec, portsOut);
-    json["parameters"] = Json::array();
-    for (std::size_t i = 0; i < spec.parameters.size(); ++i)
-        json["parameters"].push_back (parameterJson (spec.parameters[i], static_cast<int> (i)));
-    json["settings"] = Json::array();
-    for (const FieldSpec& field : spec.fields)
-        json["settings"].push_back (
-            { { "name", field.name }, { "default", field.initial }, { "offset", field.offset } });
-    return json;
-}
-
 std::string portsText (const Json& ports, const char* label)
 {
     std::string text;
@@ -157,11 +137,31 @@ std::string parameterText (const Json& parameter)
 
 } // namespace
 
+nlohmann::ordered_json operatorAsJson (const OperatorSpec& spec)
+{
+    Json json;
+    json["id"] = hexId (spec.typeId);
+    json["class"] = spec.className;
+    json["name"] = spec.shortName;
+    json["description"] = spec.description;
+    json["attributeSize"] = spec.attributeSize;
+    json["inputs"] = portsJson (spec, portsIn);
+    json["outputs"] = portsJson (spec, portsOut);
+    json["parameters"] = Json::array();
+    for (std::size_t i = 0; i < spec.parameters.size(); ++i)
+        json["parameters"].push_back (parameterJson (spec.parameters[i], static_cast<int> (i)));
+    json["settings"] = Json::array();
+    for (const FieldSpec& field : spec.fields)
+        json["settings"].push_back (
+            { { "name", field.name }, { "default", field.initial }, { "offset", field.offset } });
+    return json;
+}
+
 std::string operatorsAsJson()
 {
     Json list = Json::array();
     for (const OperatorRow& row : operatorTable())
-        list.push_back (operatorJson (*row.spec));
+        list.push_back (operatorAsJson (*row.spec));
     return list.dump (2) + "\n";
 }
 
@@ -170,7 +170,7 @@ std::string operatorsAsText()
     std::string text;
     for (const OperatorRow& row : operatorTable())
     {
-        const Json json = operatorJson (*row.spec);
+        const Json json = operatorAsJson (*row.spec);
         text += json["name"].get<std::string>() + "  " + json["id"].get<std::string>() + "  "
                 + json["class"].get<std::string>() + "  (" + json["attributeSize"].dump() + " attribute bytes)\n  "
                 + json["description"].get<std::string>() + "\n" + portsText (json["inputs"], "input")

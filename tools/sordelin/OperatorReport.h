@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "operators/OperatorSpec.h"
+
+#include <nlohmann/json_fwd.hpp>
+
 #include <string>
 
 namespace morvanelab
@@ -10,5 +14,6 @@ namespace morvanelab
  */
 std::string operatorsAsJson();
 std::string operatorsAsText();
+nlohmann::ordered_json operatorAsJson (const OperatorSpec& spec);
 
 } // namespace morvanelab

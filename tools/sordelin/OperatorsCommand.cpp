@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OperatorsCommand.h"
 
+#include "OperatorManual.h"
 #include "OperatorReport.h"
 
 #include <CLI/CLI.hpp>
@@ -13,10 +14,23 @@ namespace morvanelab
 
 void addOperatorsCommand (CLI::App& app)
 {
-    auto json = std::make_shared<bool> (false);
+    struct Options
+    {
+        bool json = false;
+        bool markdown = false;
+    };
+    auto options = std::make_shared<Options>();
     CLI::App* const command = app.add_subcommand ("operators", "List every operator with ports and parameters");
-    command->add_flag ("--json", *json, "Write an array of objects");
-    command->callback ([json] { std::fputs ((*json ? operatorsAsJson() : operatorsAsText()).c_str(), stdout); });
+    CLI::Option* const json = command->add_flag ("--json", options->json, "Write an array of objects");
+    command->add_flag ("--markdown", options->markdown, "Write the manual of the operators")->excludes (json);
+    command->callback (
+        [options]
+        {
+            const std::string text = options->markdown ? operatorsAsMarkdown()
+                                     : options->json   ? operatorsAsJson()
+                                                       : operatorsAsText();
+            std::fputs (text.c_str(), stdout);
+        });
 }
 
 } // namespace morvanelab
