@@ -13,6 +13,12 @@ namespace
 constexpr unsigned char noteOnStatus = 0x90;
 constexpr unsigned char noteOffStatus = 0x80;
 
+// Voices add up and nothing clips them: five notes together have to stay below full scale.
+constexpr int arpeggioVelocity = 64;
+constexpr int bassVelocity = 50;
+constexpr int melodyVelocity = 62;
+constexpr int chordVelocity = 44;
+
 } // namespace
 
 std::vector<TuneNote> builtInTune()
@@ -21,7 +27,7 @@ std::vector<TuneNote> builtInTune()
     double time = 0.1;
     for (const int key : { 48, 55, 60, 64, 67, 72 })
     {
-        tune.push_back ({ key, 96, time, time + 0.22 });
+        tune.push_back ({ key, arpeggioVelocity, time, time + 0.22 });
         time += 0.25;
     }
 
@@ -35,13 +41,13 @@ std::vector<TuneNote> builtInTune()
                              { 41, 69, 0.5 }, { 43, 71, 0.5 },  { 43, 67, 0.5 } };
     for (const auto& step : steps)
     {
-        tune.push_back ({ step.bass, 88, time, time + 0.9 * step.length });
-        tune.push_back ({ step.melody, 104, time, time + 0.8 * step.length });
+        tune.push_back ({ step.bass, bassVelocity, time, time + 0.9 * step.length });
+        tune.push_back ({ step.melody, melodyVelocity, time, time + 0.8 * step.length });
         time += step.length;
     }
 
     for (const int key : { 36, 48, 60, 64, 67 })
-        tune.push_back ({ key, 92, time, time + 1.6 });
+        tune.push_back ({ key, chordVelocity, time, time + 1.6 });
     return tune;
 }
 
