@@ -22,7 +22,7 @@ for program in "$build"/fuzz/fuzz_*; do
     found=1
     name=$(basename "$program")
     name=${name#fuzz_}
-    work="$build/fuzz/work/$name"
+    work="$build/fuzz/runs/$name"
     mkdir -p "$work/corpus" "$work/home"
 
     # One input may take no more than 25 s and no more than 2 GiB; the largest is small, since the formats are.

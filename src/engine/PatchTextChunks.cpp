@@ -13,7 +13,6 @@ namespace
 {
 
 constexpr int maxChunkDepth = 64;
-constexpr std::uint32_t textChunkId = fourCC ("str ");
 
 std::string idToText (std::uint32_t id)
 {
@@ -162,27 +161,6 @@ std::vector<std::byte> packed (const MVRiffPacker& chunk)
     std::vector<std::byte> bytes (static_cast<std::size_t> (chunk.packedSize()));
     chunk.pack (bytes.data(), false);
     return bytes;
-}
-
-MVSmartPtr<MVRiffPacker> textChunk (std::uint32_t chunkId, const std::string& text)
-{
-    auto chunk = makeSmart<MVRiffPacker> (chunkId);
-
-    if (! text.empty())
-    {
-        auto child = makeSmart<MVRiffPacker> (textChunkId, text.data(), static_cast<int> (text.size()));
-        chunk->addChild (child);
-    }
-
-    return chunk;
-}
-
-std::string textOf (const MVRiffPacker& chunk)
-{
-    const auto child = chunk.findChild (textChunkId, 0);
-    if (child == nullptr || child->getPayload() == nullptr)
-        return {};
-    return { reinterpret_cast<const char*> (child->getPayload()), static_cast<std::size_t> (child->getPayloadSize()) };
 }
 
 Json textToJson (const std::string& text, std::size_t maxLength)

@@ -31,11 +31,6 @@ MVSmartPtr<MVRiffPacker> chunkFromJson (const Json& json, const TextPlace& place
 /** The bytes of a whole tree, without a root checksum. */
 std::vector<std::byte> packed (const MVRiffPacker& chunk);
 
-/** A text as a chunk of its own: a container with one 'str ' child, none for an empty text. */
-MVSmartPtr<MVRiffPacker> textChunk (std::uint32_t chunkId, const std::string& text);
-/** The text of such a chunk; empty without the child. */
-std::string textOf (const MVRiffPacker& chunk);
-
 /** Text as JSON: a string, or its bytes as {"stored": hex} where it is no UTF-8 or longer than maxLength bytes. */
 Json textToJson (const std::string& text, std::size_t maxLength);
 std::string textFromJson (const Json& json, std::size_t maxLength, const TextPlace& place);

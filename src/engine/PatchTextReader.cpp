@@ -3,7 +3,7 @@
 
 #include "engine/PatchTextMetadata.h"
 #include "engine/PatchTextValues.h"
-#include "foundation/MVMath.h"
+#include "foundation/MVChunks.h"
 #include "operators/MVOperatorTable.h"
 
 #include <algorithm>
@@ -24,7 +24,6 @@ constexpr std::size_t maxParameters = 16;
 constexpr std::size_t maxNameLength = 18;
 constexpr std::size_t maxOperators = 4096;
 constexpr std::size_t anyLength = std::numeric_limits<std::int32_t>::max();
-constexpr std::array<std::uint32_t, 4> currentVersion { 1, 4, 0, 1 };
 
 void addChild (MVRiffPacker& parent, MVSmartPtr<MVRiffPacker> child) { parent.addChild (child); }
 
@@ -116,7 +115,7 @@ MVSmartPtr<MVRiffPacker> PatchTextReader::compileHead()
     auto patch = makeSmart<MVRiffPacker> (fourCC ("ptch"));
     auto names = makeSmart<MVRiffPacker> (fourCC ("vana"));
     auto descriptions = makeSmart<MVRiffPacker> (fourCC ("vade"));
-    addChild (*patch, makeSmart<MVRiffPacker> (fourCC ("ver "), currentVersion.data(), 16));
+    addVersionChunk (*patch);
 
     const Json none = Json::array();
     const Json* const given = member (root, "parameters");
@@ -140,8 +139,8 @@ MVSmartPtr<MVRiffPacker> PatchTextReader::compileHead()
         }
 
         parameterNames.push_back (name);
-        addChild (*names, patchText::textChunk (fourCC ("name"), name));
-        addChild (*descriptions, patchText::textChunk (fourCC ("desc"), description));
+        addTextChunk (*names, fourCC ("name"), MVString (std::string_view (name)));
+        addTextChunk (*descriptions, fourCC ("desc"), MVString (std::string_view (description)));
     }
 
     addChild (*patch, names);

@@ -2,7 +2,7 @@
 #include "engine/PatchTextWriter.h"
 
 #include "engine/PatchTextValues.h"
-#include "foundation/MVMath.h"
+#include "foundation/MVChunks.h"
 
 #include <algorithm>
 #include <array>
@@ -16,9 +16,9 @@ namespace morvanelab
 namespace
 {
 
+constexpr std::size_t maxParameters = 16;
 constexpr std::size_t maxNameLength = 18;
 constexpr std::size_t anyLength = std::numeric_limits<std::int32_t>::max();
-constexpr std::array<std::uint32_t, 4> currentVersion { 1, 4, 0, 1 };
 
 std::string hexId (std::uint64_t id)
 {
@@ -29,12 +29,11 @@ std::string hexId (std::uint64_t id)
 
 std::vector<std::string> textsIn (const MVRiffPacker& tree, std::uint32_t listId, std::uint32_t textId)
 {
-    std::vector<std::string> texts;
-    if (const auto list = tree.findChild (listId, 0); list != nullptr)
-        for (int i = 0; i < list->childCount(); ++i)
-            if (const auto child = list->childAt (i); child->getChunkId() == textId)
-                texts.push_back (patchText::textOf (*child));
-    texts.resize (16);
+    std::vector<std::string> texts (maxParameters);
+    if (const auto list = tree.findChild (listId); list)
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            if (const auto text = childText (*list, textId, static_cast<int> (i)); text)
+                texts[i] = text->toStdString();
     return texts;
 }
 
@@ -111,7 +110,7 @@ patchText::Json PatchTextWriter::writeOperator (std::size_t index) const
     json["operator"] = entry.op->spec->shortName;
     if (entry.op->id != index + 1)
         json["id"] = hexId (entry.op->id);
-    if (entry.op->version != currentVersion)
+    if (entry.op->version != StoredOperator::currentVersion)
         json["version"] = entry.op->version;
     writeRecord (json, *entry.op);
     writeInputs (json, index);

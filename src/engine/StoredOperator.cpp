@@ -2,7 +2,7 @@
 #include "engine/StoredOperator.h"
 
 #include "engine/PatchTextChunks.h"
-#include "foundation/MVMath.h"
+#include "foundation/MVChunks.h"
 #include "operators/MVOperatorTable.h"
 
 #include <charconv>
@@ -17,28 +17,6 @@ namespace
 /** Records of older versions have other layouts under the same size. */
 constexpr std::uint32_t oldestCurrentLayout = 100100;
 constexpr std::uint32_t operatorIdBase = 0xA70000;
-
-template <typename T>
-bool readPayload (const MVSmartPtr<MVRiffPacker>& chunk, T& value)
-{
-    if (chunk == nullptr || chunk->getPayload() == nullptr
-        || static_cast<std::size_t> (chunk->getPayloadSize()) != sizeof (T))
-        return false;
-    std::memcpy (&value, chunk->getPayload(), sizeof (T));
-    return true;
-}
-
-void addChunk (MVRiffPacker& parent, std::uint32_t id, const void* bytes, std::size_t size)
-{
-    auto child = makeSmart<MVRiffPacker> (id, bytes, static_cast<int> (size));
-    parent.addChild (child);
-}
-
-template <typename T>
-void addValue (MVRiffPacker& parent, std::uint32_t id, const T& value)
-{
-    addChunk (parent, id, &value, sizeof (T));
-}
 
 std::string trimmed (const std::string& text)
 {
@@ -55,8 +33,8 @@ bool readInputs (const MVRiffPacker& chunk, StoredOperator& op)
     for (std::size_t i = 0; i < op.inputs.size(); ++i)
     {
         const int at = static_cast<int> (i);
-        if (! readPayload (list->findChild (fourCC ("insc"), at), op.inputs[i].scale)
-            || ! readPayload (list->findChild (fourCC ("cmap"), at), op.inputs[i].control))
+        if (! chunkRecord (list->findChild (fourCC ("insc"), at), op.inputs[i].scale)
+            || ! chunkRecord (list->findChild (fourCC ("cmap"), at), op.inputs[i].control))
             return false;
     }
 
@@ -77,7 +55,7 @@ StoredOperator StoredOperator::ofClass (const OperatorSpec& spec)
 std::optional<StoredOperator> StoredOperator::fromChunk (const MVRiffPacker& chunk)
 {
     std::uint32_t typeId = 0;
-    if (! readPayload (chunk.findChild (fourCC ("clas"), 0), typeId))
+    if (! chunkRecord (chunk.findChild (fourCC ("clas"), 0), typeId))
         return std::nullopt;
 
     const OperatorSpec* const spec = findOperatorSpec (operatorIdBase + (typeId & 0xFFFF));
@@ -92,8 +70,8 @@ std::optional<StoredOperator> StoredOperator::fromChunk (const MVRiffPacker& chu
     if (spec->attributeSize > 0)
         std::memcpy (op.record.data(), attributes->getPayload(), spec->attributeSize);
 
-    if (! readPayload (chunk.findChild (fourCC ("guid"), 0), op.id)
-        || ! readPayload (chunk.findChild (fourCC ("ver "), 0), op.version)
+    if (! chunkRecord (chunk.findChild (fourCC ("guid"), 0), op.id)
+        || ! chunkRecord (chunk.findChild (fourCC ("ver "), 0), op.version)
         || versionCode (op.version[0], op.version[1], op.version[2]) < oldestCurrentLayout)
         return std::nullopt;
 
@@ -107,7 +85,7 @@ std::optional<StoredOperator> StoredOperator::fromChunk (const MVRiffPacker& chu
         std::array<std::int32_t, 6> words {};
         if (child->getChunkId() != fourCC ("rout"))
             continue;
-        if (! readPayload (child, words))
+        if (! chunkRecord (child, words))
             return std::nullopt;
         op.routes.push_back ({ words[2], words[3], words[4] });
     }
@@ -119,21 +97,21 @@ std::optional<StoredOperator> StoredOperator::fromChunk (const MVRiffPacker& chu
 MVSmartPtr<MVRiffPacker> StoredOperator::toChunk() const
 {
     auto chunk = makeSmart<MVRiffPacker> (fourCC ("op  "));
-    addValue (*chunk, fourCC ("clas"), spec->typeId);
-    addChunk (*chunk, fourCC ("attr"), record.data(), record.size());
-    addValue (*chunk, fourCC ("guid"), id);
-    addValue (*chunk, fourCC ("ver "), version);
+    addChunk (*chunk, fourCC ("clas"), spec->typeId);
+    chunk->addChild (makeSmart<MVRiffPacker> (fourCC ("attr"), record.data(), static_cast<int> (record.size())));
+    addChunk (*chunk, fourCC ("guid"), id);
+    addChunk (*chunk, fourCC ("ver "), version);
 
     auto list = makeSmart<MVRiffPacker> (fourCC ("inpt"));
     for (const Input& input : inputs)
     {
-        addValue (*list, fourCC ("insc"), input.scale);
-        addValue (*list, fourCC ("cmap"), input.control);
+        addChunk (*list, fourCC ("insc"), input.scale);
+        addChunk (*list, fourCC ("cmap"), input.control);
     }
     chunk->addChild (list);
 
     for (const Route& route : routes)
-        addValue (*chunk, fourCC ("rout"),
+        addChunk (*chunk, fourCC ("rout"),
                   std::array<std::int32_t, 6> { 0, 0, route.sourceDelta, route.output, route.input, 0 });
 
     return chunk;

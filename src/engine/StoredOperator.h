@@ -31,10 +31,13 @@ struct StoredOperator
         std::int32_t input = 0;       ///< port of this operator
     };
 
+    /** What today's writers store: major, minor, revision, build. */
+    static constexpr std::array<std::uint32_t, 4> currentVersion { 1, 4, 0, 1 };
+
     const OperatorSpec* spec = nullptr; ///< never null in a complete one
     std::vector<std::byte> record;      ///< spec->attributeSize bytes
     std::uint64_t id = 0;
-    std::array<std::uint32_t, 4> version { 1, 4, 0, 1 };
+    std::array<std::uint32_t, 4> version = currentVersion;
     std::vector<Input> inputs; ///< one for each input port
     std::vector<Route> routes;
 

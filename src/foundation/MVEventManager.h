@@ -19,10 +19,10 @@ namespace morvanelab
     dispatching and releasing touch no heap in steady state. One locker guards handlers, queues and pool, for short
     list operations only; no handler is called under it.
 
-    Who frees the objects of an event: never the audio thread, and never under the locker. Whatever releases a
-    used or driven-out event sets its objects aside; dispatch of category 5 destroys them on the event thread,
-    outside the lock (and the manager's destructor those that are left). Only when more than 1024 are waiting
-    because nobody dispatches category 5 does the releasing thread destroy the surplus itself. */
+    Who frees the objects of an event: whatever releases a used or driven-out event sets its objects aside;
+    dispatch of category 5 destroys them on the event thread, outside the lock (and the manager's destructor those
+    that are left). Only while more than 1024 are waiting, because nobody dispatches category 5, does the releasing
+    thread destroy the surplus itself, under the lock. */
 class MVEventManager : public MVEventHandler
 {
 public:

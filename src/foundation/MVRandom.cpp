@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/MVRandom.h"
 
-#include "foundation/MVSmartPtr.h"
 #include "foundation/MVTime.h"
 
 #include <atomic>
@@ -29,8 +28,8 @@ MVRandom::MVRandom() : state (startingState() & stateMask) {}
 
 MVRandom& MVRandom::instance()
 {
-    static MVSmartPtr<MVRandom>* const only = new MVSmartPtr<MVRandom> (new MVRandom);
-    return **only;
+    static MVRandom only;
+    return only;
 }
 
 void MVRandom::startAllFrom (std::uint64_t startState) { givenState.store ((startState & stateMask) | isGiven); }

@@ -5,6 +5,7 @@
 #include "PatchFile.h"
 #include "ProgressBar.h"
 
+#include "banks/MVFileSwap.h"
 #include "engine/PatchTextMetadata.h"
 #include "foundation/MVException.h"
 #include "foundation/MVResult.h"
@@ -89,9 +90,7 @@ void BankEdit::setBankMeta (const MVSmartPtr<MVMetaData>& metadata)
 void BankEdit::commit()
 {
     const juce::File working = bank->getPath();
-    std::error_code error;
-    std::filesystem::rename (working.getFullPathName().toStdString(), target.getFullPathName().toStdString(), error);
-    if (error)
+    if (! swapInFile (working, target))
         throw badData ("Unexpected file switch failure.");
     bank->closeFile();
 }
