@@ -1,6 +1,7 @@
 # make          builds everything into dist/
-# make demo     builds, then plays a tune on the plug-in: out/demo.wav, out/demo.png
+# make demo     builds, then plays a tune on the plug-in: out/demo.wav, out/window.png
 # make factory-audition   builds, then plays each factory sound: out/audition/*.wav and a picture of each
+# make screenshots   builds, then writes pictures of the window to docs/images
 # make test     builds and runs every test, also under sanitizers, fuzzes briefly and checks the formatting
 # make bench    runs the benchmarks
 # make fuzz     fuzzes for longer (FUZZ_SECONDS for each target)
@@ -19,7 +20,7 @@ define configure
 	@cmake --preset $(1) >build/$(1).log || { cat build/$(1).log; exit 1; }
 endef
 
-.PHONY: all setup release asan tsan fuzz-targets demo factory-audition test bench fuzz format check-format clean
+.PHONY: all setup release asan tsan fuzz-targets demo factory-audition screenshots test bench fuzz format check-format clean
 
 all: release
 
@@ -43,6 +44,9 @@ demo: release
 
 factory-audition: release
 	tools/factory-audition.sh $(CURDIR)/dist $(CURDIR)/out
+
+screenshots: release
+	tools/screenshots.sh $(CURDIR)/dist $(CURDIR)/docs/images
 
 # Tests come last: the sum of theirs is the last line. Not in parallel, whatever -j says.
 test:

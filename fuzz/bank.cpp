@@ -20,6 +20,7 @@ class Willing : public MVUserPrompt
 public:
     void tell (const std::string&, const std::string&, const std::string&) override {}
     bool askYesNo (const std::string&, const std::string&) override { return true; }
+    void askText (const std::string&, const std::string&, const std::string&, TextAnswer) override {}
 };
 
 void readAll (MVBankFile& bank)

@@ -1,6 +1,6 @@
 #!/bin/bash
 # demo.sh DIST OUT [OPTION...]: plays a tune on the built plug-in through the project's own host, in a home of its own, and leaves
-# OUT/demo.wav and OUT/demo.png. Fails if the sound is silent or not finite. Options go to the host.
+# OUT/demo.wav and OUT/window.png. Fails if the sound is silent or not finite. Options go to the host.
 set -euo pipefail
 
 dist=$1
@@ -26,4 +26,4 @@ END
 
 "$here/with-display.sh" "$dist/bin/sordelin-host" --plugin "$dist/vst/iSordelin64.so" \
     --bank "$dist/vst/Sordelin Factory.mv_onbank" --slot "$slot" \
-    -o "$out/demo.wav" --screenshot "$out/demo.png" "$@"
+    -o "$out/demo.wav" --screenshot "$out/window.png" "$@"

@@ -8,7 +8,7 @@ packages=(
     clang clang-format-14                    # fuzzing, formatting
     juce-modules-source libxcursor-dev       # plug-in, window, files
     libjpeg-dev libpng-dev zlib1g-dev libfreetype-dev
-    libx11-dev libxext-dev libxrandr-dev libxinerama-dev
+    libx11-dev libxext-dev libxrandr-dev libxinerama-dev libgl-dev
     libcli11-dev nlohmann-json3-dev          # command line, patches as text
     libgtest-dev libgmock-dev libbenchmark-dev
     xvfb                                     # pictures of the window without a screen

@@ -5,6 +5,7 @@
 #include "control/MVControlManager.h"
 #include "engine/MVPatchRenderer.h"
 #include "engine/MVRenderEngine.h"
+#include "engine/MVSignalFeed.h"
 #include "foundation/MVEventManager.h"
 #include "operators/MVOperatorTable.h"
 #include "tests/support/PatchBuilder.h"
@@ -149,6 +150,32 @@ void patchLoad (benchmark::State& state)
     state.SetLabel (rig.fingerprint());
 }
 BENCHMARK (patchLoad)->Arg (1)->Arg (16)->Arg (64)->Unit (benchmark::kMicrosecond);
+
+/** The copy of a patch that a window reads; of an operator, as items a second tell. */
+void patchSnapshot (benchmark::State& state)
+{
+    RendererRig rig (1, 1, 0);
+    for (auto _ : state)
+        benchmark::DoNotOptimize (rig.renderer.createPatchProxy (0));
+    state.SetItemsProcessed (state.iterations() * rig.renderer.numNodesInLayer (0));
+}
+BENCHMARK (patchSnapshot);
+
+/** A block offered to a display that is hidden (0), shown (1), or shown and far behind (2). */
+void signalFeed (benchmark::State& state)
+{
+    MVSignalFeed feed;
+    feed.setEnabled (state.range (0) > 0);
+    const std::vector<double> block (MVSignalFeed::maxFrames, 0.5);
+    for (auto _ : state)
+    {
+        feed.push (block.data(), MVSignalFeed::maxFrames);
+        if (state.range (0) == 1)
+            feed.clear();
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK (signalFeed)->Arg (0)->Arg (1)->Arg (2);
 
 void engineConstruction (benchmark::State& state)
 {

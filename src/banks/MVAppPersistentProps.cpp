@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "banks/MVAppPersistentProps.h"
 
+#include "banks/MVPropertiesFile.h"
+
 #include <juce_data_structures/juce_data_structures.h>
 #include <juce_events/juce_events.h>
 
@@ -61,7 +63,7 @@ juce::File findFile (const juce::PropertiesFile::Options& options)
 struct OpenFiles
 {
     std::mutex lock;
-    std::map<juce::String, std::weak_ptr<juce::PropertiesFile>> files;
+    std::map<juce::String, std::weak_ptr<MVPropertiesFile>> files;
 };
 
 OpenFiles& openFiles()
@@ -70,7 +72,7 @@ OpenFiles& openFiles()
     return files;
 }
 
-std::shared_ptr<juce::PropertiesFile> acquire (const juce::PropertiesFile::Options& options)
+std::shared_ptr<MVPropertiesFile> acquire (const juce::PropertiesFile::Options& options)
 {
     auto& open = openFiles();
     const std::lock_guard guard (open.lock);
@@ -80,7 +82,7 @@ std::shared_ptr<juce::PropertiesFile> acquire (const juce::PropertiesFile::Optio
     auto properties = known.lock();
     if (properties == nullptr)
     {
-        properties = std::make_shared<juce::PropertiesFile> (file, options);
+        properties = std::make_shared<MVPropertiesFile> (file, options.millisecondsBeforeSaving);
         known = properties;
     }
     return properties;
@@ -101,11 +103,7 @@ MVAppPersistentProps::~MVAppPersistentProps()
     properties.reset();
 }
 
-void MVAppPersistentProps::flush()
-{
-    const juce::ScopedLock lock (properties->getLock());
-    properties->saveIfNeeded();
-}
+void MVAppPersistentProps::flush() { properties->saveIfNeeded(); }
 
 juce::String MVAppPersistentProps::getDataDirectory (bool& existed)
 {
@@ -130,38 +128,26 @@ juce::String MVAppPersistentProps::getDataDirectory (bool& existed)
 
 juce::File MVAppPersistentProps::getFile() const { return properties->getFile(); }
 
-juce::String MVAppPersistentProps::getString (const juce::String& key) const
-{
-    const juce::ScopedLock lock (properties->getLock());
-    return properties->getValue (key);
-}
+juce::String MVAppPersistentProps::getString (const juce::String& key) const { return properties->getValue (key); }
 
 int MVAppPersistentProps::getInt (const juce::String& key, int defaultValue) const
 {
-    const juce::ScopedLock lock (properties->getLock());
-    return properties->getIntValue (key, defaultValue);
+    return properties->getValue (key, juce::String (defaultValue)).getIntValue();
 }
 
 bool MVAppPersistentProps::getBool (const juce::String& key, bool defaultValue) const
 {
-    const juce::ScopedLock lock (properties->getLock());
-    return properties->getBoolValue (key, defaultValue);
+    return getInt (key, defaultValue ? 1 : 0) != 0;
 }
 
 bool MVAppPersistentProps::setString (const juce::String& key, const juce::String& value)
 {
-    const juce::ScopedLock lock (properties->getLock());
     properties->setValue (key, value);
     return true;
 }
 
 bool MVAppPersistentProps::setInt (const juce::String& key, int value) { return setString (key, juce::String (value)); }
 
-bool MVAppPersistentProps::setBool (const juce::String& key, bool value)
-{
-    const juce::ScopedLock lock (properties->getLock());
-    properties->setValue (key, value);
-    return true;
-}
+bool MVAppPersistentProps::setBool (const juce::String& key, bool value) { return setInt (key, value ? 1 : 0); }
 
 } // namespace morvanelab

@@ -7,13 +7,10 @@
 
 #include <memory>
 
-namespace juce
-{
-class PropertiesFile;
-}
-
 namespace morvanelab
 {
+
+class MVPropertiesFile;
 
 /** The settings that outlive a session: one XML properties file for the user, and the directory of the program's own
     files, in which it lies.
@@ -23,8 +20,9 @@ namespace morvanelab
     system's place for such files. Nothing is created before something is to be saved, except by getDataDirectory.
 
     A change is saved 3 seconds later by a timer of the message thread. Without a message manager (a program without
-    an event loop) no timer runs: flush and the destructor save. Every save replaces the file whole. All objects of a
-    process that name one file share its contents.
+    an event loop) no timer runs: flush and the destructor save. Every save replaces the file whole, and keeps what
+   other processes have stored since under other keys. All objects of a process that name one file share its contents. A
+    damaged file is kept under "_bak" when it is replaced. See MVPropertiesFile.
 
     Any thread may read and write; getDataDirectory belongs to the message thread, since it may show a box. */
 class MVAppPersistentProps
@@ -60,7 +58,7 @@ public:
     bool setBool (const juce::String& key, bool value);
 
 private:
-    std::shared_ptr<juce::PropertiesFile> properties;
+    std::shared_ptr<MVPropertiesFile> properties;
     MVUserPrompt& prompt;
 };
 

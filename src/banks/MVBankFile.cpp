@@ -6,6 +6,10 @@
 #include "foundation/MVMath.h"
 #include "foundation/MVResult.h"
 
+#include <algorithm>
+#include <map>
+#include <utility>
+
 namespace morvanelab
 {
 
@@ -38,8 +42,6 @@ void passOn (MVRiffPacker& to, const MVRiffPacker& from, std::uint32_t chunkId)
 
 void MVBankFile::createBank (const juce::File& file)
 {
-    createFile (file);
-
     const auto meta = emptyMetaBytes();
     const auto metaBytes = bytesOf (meta);
     std::vector<NewCompartment> layout { { bankMetaType, compartmentRiff, metaBytes } };
@@ -49,17 +51,7 @@ void MVBankFile::createBank (const juce::File& file)
         layout.push_back ({ patchDataType, compartmentRaw, emptySlot });
     }
 
-    try
-    {
-        appendCompartments (layout);
-    }
-    catch (const MVException&)
-    {
-        // What createFile made is no bank, and nobody else has seen it yet.
-        closeFile();
-        file.deleteFile();
-        throw;
-    }
+    createWith (file, bankFileType, layout);
 }
 
 bool MVBankFile::isLayoutValid() const
@@ -156,10 +148,39 @@ int MVBankFile::setPatchData (int index, const MVSmartPtr<MVDataBlock>& bytes)
 
 int MVBankFile::clearSlot (int index)
 {
-    const int result = setPatchData (index, {});
-    if (result == resultDone)
-        setPatchMeta (index, makeSmart<MVMetaData>());
-    return result;
+    return writeSlots ({ { index, makeSmart<MVMetaData>(), makeSmart<MVDataBlock>() } });
+}
+
+int MVBankFile::writeSlots (const std::vector<SlotContent>& slots)
+{
+    if (! std::all_of (slots.begin(), slots.end(), [] (const auto& slot) { return isSlotIndex (slot.index); }))
+        return resultOutOfRange;
+
+    // The packed forms have to live until they are written.
+    std::vector<MVSmartPtr<MVDataBlock>> blocks;
+    std::map<std::pair<std::uint32_t, int>, Replacement> replacements;
+    const auto replace = [&] (std::uint32_t type, int index, std::uint32_t format, const MVSmartPtr<MVDataBlock>& block)
+    {
+        blocks.push_back (bytesOf (block).empty() ? emptySlotBytes() : block);
+        replacements[{ type, index }] = { type, index, format, bytesOf (blocks.back()) };
+    };
+    for (const auto& slot : slots)
+    {
+        if (slot.metadata)
+        {
+            const auto packed = packChunks (slot.metadata->packRiff());
+            if (packed->totalSize() < 1)
+                return resultEmptyData;
+            replace (patchMetaType, slot.index, compartmentRiff, packed);
+        }
+        if (slot.bytes)
+            replace (patchDataType, slot.index, compartmentRaw, slot.bytes);
+    }
+
+    std::vector<Replacement> all;
+    for (const auto& [key, replacement] : replacements)
+        all.push_back (replacement);
+    return replaceCompartments (all);
 }
 
 bool MVBankFile::isOccupied (const MVSmartPtr<MVDataBlock>& bytes) { return bytes && bytes->totalSize() > 1; }

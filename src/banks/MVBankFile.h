@@ -5,6 +5,8 @@
 #include "banks/MVUserPrompt.h"
 #include "foundation/MVMetaData.h"
 
+#include <vector>
+
 namespace morvanelab
 {
 
@@ -23,9 +25,17 @@ public:
     static constexpr const char* fileExtension = ".mv_onbank";
     static constexpr std::uint32_t bankFileType = 0x63626E6B; ///< "cbnk"
 
+    /** What a slot is to hold. */
+    struct SlotContent
+    {
+        int index = 0;
+        MVSmartPtr<MVMetaData> metadata; ///< null leaves the slot's
+        MVSmartPtr<MVDataBlock> bytes;   ///< null leaves the slot's; no bytes make it empty
+    };
+
     /** Creates an empty bank on disk and opens it: meta, then pmta and pdat of each slot in turn. The 129 compartments
-       are written in one go; bytes and order are those of adding them one by one. Raises like createFile and
-        writeCompartment. */
+        are written in one go, and appear under the file's name all at once; bytes and order are those of adding them
+        one by one. Raises like createFile and writeCompartment. */
     void createBank (const juce::File& file);
 
     /** Whether the directory holds exactly 1 'meta', exactly 64 'pmta' and as many 'pdat'. */
@@ -54,8 +64,13 @@ public:
         empty compartment would vanish and renumber the slots behind it. An index outside 0 to 63 does nothing.
         Returns what writeCompartment returns, resultOutOfRange for a bad index. */
     int setPatchData (int index, const MVSmartPtr<MVDataBlock>& bytes);
-    /** Makes a slot empty: one zero byte, and empty metadata. Returns like setPatchData. */
+    /** Makes a slot empty: one zero byte, and empty metadata, in one rewrite. Returns like writeSlots. */
     int clearSlot (int index);
+    /** Replaces metadata and bytes of slots in one rewrite: the file holds either all or none of it. Of two contents
+        for one slot the later counts. resultDone; resultOutOfRange for an index outside 0 to 63, resultEmptyData for
+        metadata that cannot be packed and resultNoEntry while no file is open, all without touching the file. Raises
+        like replaceCompartments. */
+    int writeSlots (const std::vector<SlotContent>& slots);
 
     /** Whether a slot's bytes hold a patch: more than one byte. */
     static bool isOccupied (const MVSmartPtr<MVDataBlock>& bytes);

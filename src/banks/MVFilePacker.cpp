@@ -3,6 +3,7 @@
 
 #include "banks/MVBankBytes.h"
 #include "banks/MVContainerWriter.h"
+#include "banks/MVDirectoryLock.h"
 #include "banks/MVFileSwap.h"
 #include "foundation/MVException.h"
 #include "foundation/MVMath.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 
 namespace morvanelab
 {
@@ -22,6 +24,7 @@ constexpr std::uint32_t newContainerType = fourCC ("cbnk");
 
 [[noreturn]] void raiseNoAccess() { throw MVException (resultFileUnreadable, "File read access not allowed."); }
 [[noreturn]] void raiseNoStream() { throw MVException (resultFileFailure, "No input stream.  File moved?"); }
+[[noreturn]] void raiseNotCreated() { throw MVException (resultFilePermission, "Could not create file"); }
 [[noreturn]] void raisePermission() { throw MVException (resultFilePermission, "File permission problem"); }
 
 } // namespace
@@ -74,8 +77,12 @@ void MVFilePacker::takeOver (const MVContainerHeader& header, const std::vector<
 void MVFilePacker::followChanges (juce::FileInputStream& stream)
 {
     MVContainerHeader header;
-    const bool unchanged = header.read (stream) && header.checksum == checksum
-                           && header.directoryOffset == directoryOffset
+    const bool complete = header.read (stream);
+    // Something else by the same name: it must neither be taken for ours nor be rewritten as such.
+    if (complete && header.fileType != fileType)
+        raiseNoStream();
+
+    const bool unchanged = complete && header.checksum == checksum && header.directoryOffset == directoryOffset
                            && header.compartmentCount == compartments.count();
     if (! unchanged)
         readDirectory (stream, false);
@@ -85,9 +92,9 @@ void MVFilePacker::createFile (const juce::File& file)
 {
     closeFile();
 
-    const auto occupied = file.exists() && (file.isDirectory() || file.getSize() > 0);
-    if (file == juce::File() || occupied || file.create().failed())
-        throw MVException (resultFilePermission, "Could not create file");
+    requireVacant (file);
+    if (file.create().failed())
+        raiseNotCreated();
 
     MVContainerHeader header;
     header.fileType = newContainerType;
@@ -110,6 +117,31 @@ void MVFilePacker::createFile (const juce::File& file)
 
     takeOver (header, {});
     path = file;
+}
+
+void MVFilePacker::createWith (const juce::File& file, std::uint32_t type, const std::vector<NewCompartment>& contents)
+{
+    closeFile();
+
+    const auto directory = file.getParentDirectory();
+    if (file == juce::File() || directory.createDirectory().failed() || ! directory.hasWriteAccess())
+        raiseNotCreated();
+
+    const MVDirectoryLock lock (directory);
+    requireVacant (file);
+    MVContainerWriter writer (file, type);
+    for (const auto& compartment : contents)
+        writer.add (compartment.type, compartment.format, compartment.bytes);
+    writer.commit();
+
+    takeOver (writer.getHeader(), writer.getDirectory());
+    path = file;
+}
+
+void MVFilePacker::requireVacant (const juce::File& file)
+{
+    if (file == juce::File() || (file.exists() && (! isPlainFile (file) || file.getSize() > 0)))
+        raiseNotCreated();
 }
 
 void MVFilePacker::closeFile()
@@ -142,7 +174,7 @@ const mv_file_compartment* MVFilePacker::findEntry (std::uint32_t type, int inde
 
 MVSmartPtr<MVDataBlock> MVFilePacker::readCompartment (const mv_file_compartment& entry) const
 {
-    if (! isOpen())
+    if (! isOpen() || ! isPlainFile (path))
         raiseNoStream();
     juce::FileInputStream stream (path);
     if (stream.failedToOpen())
@@ -172,6 +204,8 @@ int MVFilePacker::readByOrdinal (std::uint32_t type, int index, MVSmartPtr<MVDat
     if (! isOpen())
         return resultNoEntry;
 
+    if (! isPlainFile (path))
+        raiseNoStream();
     juce::FileInputStream stream (path);
     if (stream.failedToOpen())
         raiseNoStream();
@@ -207,6 +241,7 @@ int MVFilePacker::rewrite (AddAll addAll)
 {
     if (! isOpen())
         return resultNoEntry;
+    const MVDirectoryLock lock (path.getParentDirectory());
     // Beginning the new file would delete a leftover that is the container's only copy.
     if (! recoverLeftover (path))
         raisePermission();
@@ -252,6 +287,36 @@ int MVFilePacker::writeCompartment (std::uint32_t type, int index, std::uint32_t
         });
 }
 
+int MVFilePacker::replaceCompartments (const std::vector<Replacement>& replacements)
+{
+    if (std::any_of (replacements.begin(), replacements.end(), [] (const auto& each) { return each.bytes.empty(); }))
+        return resultEmptyData;
+
+    return rewrite (
+        [&] (MVContainerWriter& writer, juce::FileInputStream& source)
+        {
+            std::map<std::uint32_t, int> ordinals;
+            std::size_t placed = 0;
+            for (auto* node = compartments.firstNode(); node != nullptr; node = node->next)
+            {
+                const int ordinal = ordinals[node->value.type]++;
+                const auto found = std::find_if (replacements.begin(), replacements.end(),
+                                                 [&] (const auto& each)
+                                                 { return each.type == node->value.type && each.index == ordinal; });
+                if (found == replacements.end())
+                {
+                    writer.copy (source, node->value);
+                    continue;
+                }
+                writer.add (found->type, found->format, found->bytes);
+                ++placed;
+            }
+
+            if (placed != replacements.size())
+                throw MVException (resultFileFailure, "File I/O failure");
+        });
+}
+
 int MVFilePacker::appendCompartments (const std::vector<NewCompartment>& added)
 {
     return rewrite (
@@ -289,14 +354,14 @@ int MVFilePacker::addRawPatchData (int index, const MVSmartPtr<MVDataBlock>& dat
 
 bool MVFilePacker::recoverLeftover (const juce::File& file)
 {
-    if (file.existsAsFile())
+    if (isPlainFile (file))
         return true;
-    if (file == juce::File())
+    if (file == juce::File() || file.exists())
         return false;
 
     const auto leftover = temporarySiblingOf (file);
     MVContainerHeader header;
-    return leftover.existsAsFile() && isCompleteContainer (leftover, header) && swapInFile (leftover, file);
+    return isPlainFile (leftover) && isCompleteContainer (leftover, header) && swapInFile (leftover, file);
 }
 
 } // namespace morvanelab

@@ -25,12 +25,14 @@ struct MVContainerHeader;
     read opens the file afresh, so a file that was moved away shows up at the next read. A compartment is
     addressed by its type and its ordinal among the entries of that type. If another packer has rewritten the file
     since, reads and writes by ordinal notice it from the file's header and take the directory from the file again
-    (raising 15 "File read access not allowed." if that is no longer possible).
+    (raising 15 "File read access not allowed." if that is no longer possible, and 13 "No input stream.  File
+    moved?" if a container of another type lies there now).
 
     Every change writes a whole new file beside the container, under its full path followed by "_mv_tmp",
     forces it to the disk and then renames it over the container. At every instant either the old file or the
     complete new one is there. Where a rename cannot replace a file, the container is deleted first; a crash
-    between the two leaves the complete "_mv_tmp", which the next openFile takes for the container.
+    between the two leaves the complete "_mv_tmp", which the next openFile takes for the container. Changes by
+    several packers, also of several processes, happen one after another (MVDirectoryLock).
 
     Failures are raised as MVException. Not thread-safe: one owner, any thread. */
 class MVFilePacker
@@ -85,6 +87,10 @@ public:
         done. Raises like readCompartment. */
     int readRiffCompartment (std::uint32_t type, int index, MVSmartPtr<MVRiffPacker>& riff);
 
+    /** The bytes of entry number index of a type, as they stand: resultDone, or resultNoEntry (18) and null. Raises
+       like readCompartment. */
+    int readByOrdinal (std::uint32_t type, int index, MVSmartPtr<MVDataBlock>& data);
+
     /** The bytes of 'pdat' number index: resultDone, or resultNoEntry (18) and null. Raises like readCompartment. */
     int readRawPatchData (int index, MVSmartPtr<MVDataBlock>& data);
 
@@ -96,6 +102,20 @@ public:
         that cannot be copied), 13 "Unexpected file switch failure." (also for a container that is write-protected). */
     int writeCompartment (std::uint32_t type, int index, std::uint32_t format, const MVSmartPtr<MVDataBlock>& data,
                           bool insert);
+
+    /** New contents of entry number index of a type. */
+    struct Replacement
+    {
+        std::uint32_t type;
+        int index;
+        std::uint32_t format;
+        std::span<const std::uint8_t> bytes;
+    };
+
+    /** Replaces several entries in one rewrite: all of them or none. resultEmptyData (14), with nothing written, if one
+        has no bytes, since an empty compartment would vanish. Else as writeCompartment; raises 13 "File I/O failure"
+       also for an entry that is not there. */
+    int replaceCompartments (const std::vector<Replacement>& replacements);
 
     /** writeCompartment with the packed chunk, format 2: inserted, or in the old one's place. A chunk that is null or
         cannot be packed yields resultEmptyData (14), the file untouched. */
@@ -123,10 +143,14 @@ protected:
         ordinals that do not exist. Empty ones are left out. Returns and raises like writeCompartment. */
     int appendCompartments (const std::vector<NewCompartment>& added);
 
+    /** Writes a new container of some type with its compartments, which appears under the file's name all at once, and
+        opens it. Raises 12 "Could not create file" like createFile, else like writeCompartment. */
+    void createWith (const juce::File& file, std::uint32_t type, const std::vector<NewCompartment>& contents);
+
 private:
+    static void requireVacant (const juce::File& file);
     const mv_file_compartment* findEntry (std::uint32_t type, int index) const;
     static MVSmartPtr<MVDataBlock> readEntry (juce::FileInputStream& stream, const mv_file_compartment& entry);
-    int readByOrdinal (std::uint32_t type, int index, MVSmartPtr<MVDataBlock>& data);
     void readDirectory (juce::FileInputStream& stream, bool verifyChecksum);
     void followChanges (juce::FileInputStream& stream);
     int writeRiff (std::uint32_t type, int index, const MVSmartPtr<MVRiffPacker>& riff, bool insert);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "banks/MVFileSwap.h"
 
-#include <filesystem>
+#include <cstdint>
+#include <limits>
 #include <system_error>
 
 #if ! JUCE_WINDOWS
@@ -16,15 +17,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-fs::path toSystemPath (const juce::File& file)
-{
-#if JUCE_WINDOWS
-    return fs::path (file.getFullPathName().toWideCharPointer());
-#else
-    return fs::path (file.getFullPathName().toRawUTF8());
-#endif
-}
 
 /** Makes a rename survive a power cut. Best effort: the rename itself has happened. */
 void syncDirectory ([[maybe_unused]] const juce::File& directory)
@@ -49,7 +41,40 @@ void copyPermissions (const juce::File& from, const juce::File& to)
 
 } // namespace
 
+fs::path toSystemPath (const juce::File& file)
+{
+#if JUCE_WINDOWS
+    return fs::path (file.getFullPathName().toWideCharPointer());
+#else
+    return fs::path (file.getFullPathName().toRawUTF8());
+#endif
+}
+
 juce::File temporarySiblingOf (const juce::File& target) { return juce::File (target.getFullPathName() + "_mv_tmp"); }
+
+juce::File backupSiblingOf (const juce::File& target)
+{
+    return target.getSiblingFile (target.getFileNameWithoutExtension() + "_bak" + target.getFileExtension());
+}
+
+bool isPlainFile (const juce::File& file)
+{
+    std::error_code error;
+    return file != juce::File() && fs::is_regular_file (toSystemPath (file), error);
+}
+
+bool readFileContents (const juce::File& file, juce::MemoryBlock& bytes)
+{
+    bytes.reset();
+    if (! isPlainFile (file) || file.getSize() > std::numeric_limits<std::int32_t>::max())
+        return false;
+
+    // A read error and the file's end look alike; the length tells them apart.
+    juce::FileInputStream stream (file);
+    const auto size = stream.openedOk() ? stream.getTotalLength() : -1;
+    return size >= 0
+           && stream.readIntoMemoryBlock (bytes, static_cast<ssize_t> (size)) == static_cast<std::size_t> (size);
+}
 
 bool isWriteProtected (const juce::File& file)
 {

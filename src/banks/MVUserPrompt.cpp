@@ -23,4 +23,11 @@ bool MVCautiousPrompt::askYesNo (const std::string& title, const std::string& te
     return false;
 }
 
+void MVCautiousPrompt::askText (const std::string& title, const std::string&, const std::string&, TextAnswer answer)
+{
+    mvLog ("ERROR", "morvanelab::MVCautiousPrompt::askText", "%s (cancelled)", title.c_str());
+    if (answer)
+        answer (std::nullopt);
+}
+
 } // namespace morvanelab

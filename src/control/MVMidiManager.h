@@ -12,6 +12,7 @@
 #include "foundation/MVRiffPacker.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 
 namespace morvanelab
@@ -99,6 +100,9 @@ public:
 
     /** Notes sounding on a channel; 0 for a bad channel. */
     int getActiveNotes (int channel) const;
+    /** Note starts that have come in since construction, on any channel, wrapping at 32 bits: a reader who sees it
+        change knows that somebody plays. Any thread. */
+    std::uint32_t getNoteStarts() const { return noteStarts.load (std::memory_order_relaxed); }
 
 private:
     using Records = MVMidiMapList::Records;
@@ -140,6 +144,7 @@ private:
     MVControlManager* controlManager;
     MVEventManager* eventManager;
     std::array<MVMidiChannel, numChannels> channels;
+    std::atomic<std::uint32_t> noteStarts { 0 };
     MVList<MVMidiEvent> pendingEvents;
     MVLocker mappingLock;
     MVMidiMapReclaimer reclaimer;

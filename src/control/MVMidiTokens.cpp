@@ -90,6 +90,8 @@ void MVMidiManager::countToken (const MVMidiEvent& token)
         mvLog ("MIDI", tokenizeFunction, "token NOTE_ON %d vel %d, chan %d", token.data1 + 1, token.data2,
                token.channel);
         channel.countNote (token.data1, token.data2 != 0 ? 1 : -1);
+        if (token.data2 != 0)
+            noteStarts.fetch_add (1, std::memory_order_relaxed);
     }
     else
     {

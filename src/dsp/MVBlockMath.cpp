@@ -2,6 +2,7 @@
 #include "dsp/MVBlockMath.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -180,6 +181,23 @@ void rampProduct (double* out, const double* in, int frames, double start, doubl
     const double step = rampStep (frames, start, end);
     for (int i = 0; i < frames; ++i)
         out[i] *= in[i] * (start + i * step);
+}
+
+bool blockIsConstant (const double* in, int frames)
+{
+    if (frames < 1)
+        return true;
+
+    // A moving signal mostly shows at its end or in its middle.
+    const double value = in[0];
+    if (in[frames - 1] != value || in[frames / 2] != value)
+        return false;
+
+    // Without a way out of the loop, several values are compared at a time.
+    std::uint64_t different = 0;
+    for (int i = 0; i < frames; ++i)
+        different |= std::bit_cast<std::uint64_t> (in[i] == value ? 0.0 : 1.0);
+    return different == 0;
 }
 
 double blockPeak (const double* in, int frames)

@@ -33,6 +33,9 @@ void rampMultiply (double* buffer, int frames, double start, double end);
 /** out *= in * ramp */
 void rampProduct (double* out, const double* in, int frames, double start, double end);
 
+/** Whether every sample equals the first; a not-a-number equals nothing. Fast to see that a signal moves. True for an
+    empty block. */
+bool blockIsConstant (const double* in, int frames);
 /** Greatest absolute value; values that are not numbers do not count. 0 for an empty block. */
 double blockPeak (const double* in, int frames);
 /** Sum of squares, added up in four interleaved lanes. */

@@ -58,6 +58,21 @@ void MVSurroundMixer::mixPair (double* left, double* right, const double* signal
     const double panStep = (panEnd - panStart) / frames;
     const double gainStep = (gainEnd - gainStart) / frames;
 
+    // Mostly the position stands still, and then is looked up once.
+    if (panStart == panEnd && std::isfinite (panStart) && blockIsConstant (panSignal, frames))
+    {
+        const double p = frames > 0 ? panStart * panSignal[0] : 0.0;
+        const double leftShare = law[panEntry (std::abs (1.0 - p))];
+        const double rightShare = law[panEntry (std::abs (p))];
+        for (int i = 0; i < frames; ++i)
+        {
+            const double gain = gainStart + i * gainStep;
+            left[i] += leftShare * signal[i] * gain;
+            right[i] += rightShare * signal[i] * gain;
+        }
+        return;
+    }
+
     for (int i = 0; i < frames; ++i)
     {
         const double p = (panStart + i * panStep) * panSignal[i];

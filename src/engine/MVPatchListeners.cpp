@@ -53,11 +53,19 @@ void MVPatchListeners::removeStateListener (Function function, void* context)
     remove (stateEntries, function, context);
 }
 
-void MVPatchListeners::tellPatchChanged (int layer, std::uint64_t rendererId) const
+void MVPatchListeners::tellPatchChanged (int layer, std::uint64_t rendererId,
+                                         const std::function<std::uint64_t()>& makeProxy) const
 {
+    // One snapshot for all: a second one would drive out the first before its listener has acquired it.
+    std::uint64_t proxyId = 0;
     for (const Entry& entry : copyOf (patchEntries))
-        if (entry.layer < 0 || entry.layer == layer)
-            entry.function (entry.context, layer, rendererId, 0);
+    {
+        if (entry.layer >= 0 && entry.layer != layer)
+            continue;
+        if (entry.wantsProxy && proxyId == 0)
+            proxyId = makeProxy();
+        entry.function (entry.context, layer, rendererId, entry.wantsProxy ? proxyId : 0);
+    }
 }
 
 void MVPatchListeners::tellStateChanged (std::uint64_t rendererId) const

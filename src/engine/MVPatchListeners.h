@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace morvanelab
@@ -26,7 +27,8 @@ public:
     void addStateListener (Function function, void* context);
     void removeStateListener (Function function, void* context);
 
-    void tellPatchChanged (int layer, std::uint64_t rendererId) const;
+    /** makeProxy is called once if anybody told wants a snapshot, else not at all. */
+    void tellPatchChanged (int layer, std::uint64_t rendererId, const std::function<std::uint64_t()>& makeProxy) const;
     void tellStateChanged (std::uint64_t rendererId) const;
 
     int count() const;

@@ -329,7 +329,7 @@ int MVPatchRenderer::getChannelPeak (int channel, double* out)
         return resultBadArgument;
     if (! peakMonitoring.load (std::memory_order_relaxed))
         return resultNotEnabled;
-    if (channel < 0 || channel >= std::min (attributes->numOutputChannels, maxTappedChannels))
+    if (channel < 0 || channel >= numPeaks.load (std::memory_order_relaxed))
         return resultOutOfRange;
 
     ChannelPeak& peak = peaks[static_cast<std::size_t> (channel)];

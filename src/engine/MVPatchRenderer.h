@@ -24,6 +24,7 @@ class MVControlManager;
 class MVControlValue;
 class MVDataBlock;
 class MVEventManager;
+class MVPolyPatch_proxy;
 class MVRenderEngineAttributes;
 class MVRiffPacker;
 class MVString;
@@ -31,7 +32,8 @@ class MVString;
 /** One polyphonic instrument: a fixed pool of voices that all hold the same patches, the assignment of keys to
     voices, the mix of a block, and the exchange of patches with a cross-fade while audio keeps running.
 
-    Locks, in this order: the transition lock, the voice lock, the audio lock of the attributes.
+    Locks, in this order: the transition lock, the voice lock, the audio lock of the attributes. The lock over the
+    list of snapshots stands alone: nothing is locked or destroyed under it.
     - render runs on the audio thread under the audio lock, which its caller holds, and takes no other.
     - The note family, play mode and everything that changes a sounding layer take the audio lock themselves, for
       short. Callers that hold the engine's lock take it before.
@@ -177,11 +179,19 @@ public:
         already plays stays, one that was still loading is dropped. The audio is excluded. */
     void abandonTransition();
 
-    /** Texts that a patch gives its variables, empty without them. Waits for a voice being loaded. */
-    MVSmartPtr<MVString> getVariableName (int layer, int index) const;
-    MVSmartPtr<MVString> getVariableDesc (int layer, int index) const;
-    /** Whether the layer's patch listens to keys. */
-    bool hasKeyboardInput (int layer) const;
+    // Snapshots -----------------------------------------------------------------------------------------------
+
+    /** Makes a snapshot of what voice 0 holds in a layer, the back buffer included, drops those kept so far that
+        nobody uses, keeps it and returns its identity; 0 for a bad layer or without memory. Waits for a voice being
+        loaded. Event or message thread. */
+    std::uint64_t createPatchProxy (int layer);
+    /** A kept snapshot, which is then in use until it is released as often; null for an unknown identity. Whoever
+        holds the pointer may read on after the release and when this renderer has gone. Any thread but the audio
+        thread. */
+    std::shared_ptr<const MVPolyPatch_proxy> acquirePatchProxy (std::uint64_t id);
+    /** Whether there is such a snapshot. It stays until the next one is made. */
+    bool releasePatchProxy (std::uint64_t id);
+    int numPatchProxies() const;
 
     // Watching ------------------------------------------------------------------------------------------------
 
@@ -199,7 +209,9 @@ public:
     bool removeChannelTap (int channel, ChannelTap function, void* context);
 
     /** Patch listeners hear of a changed layer on the thread that drove the change, state listeners of started
-        and ended notes on the event thread. A call that is under way may still end after the removal. */
+        and ended notes on the event thread. A call that is under way may still end after the removal. All patch
+        listeners that want one get the identity of the same fresh snapshot, which they can acquire for sure while
+        they are being called. */
     void addPatchListener (MVPatchListeners::Function function, void* context, int layer = -1, bool wantsProxy = false);
     void removePatchListener (MVPatchListeners::Function function, void* context);
     void addStateListener (MVPatchListeners::Function function, void* context);
@@ -252,6 +264,7 @@ private:
     };
 
     class LoadGuard;
+    using PatchProxies = MVVector<std::shared_ptr<MVPolyPatch_proxy>>;
 
     MVPolyPatch& voice (int index) { return *voices[static_cast<std::size_t> (index)]; }
     const MVPolyPatch& voice (int index) const { return *voices[static_cast<std::size_t> (index)]; }
@@ -279,6 +292,10 @@ private:
     bool clearIfStopped (int layer);
     bool isSounding (int voiceIndex) const;
     void stopIdleVoices (int layer);
+    void tellPatchChanged (int layer);
+    std::shared_ptr<MVPolyPatch_proxy> makePatchProxy (int layer);
+    void keepPatchProxy (const std::shared_ptr<MVPolyPatch_proxy>& fresh);
+    std::shared_ptr<MVPolyPatch_proxy> findPatchProxy (std::uint64_t id) const;
     void refreshParametersInUse();
 
     void takeSlot (ControlSlot& slot, const char* name);
@@ -296,9 +313,13 @@ private:
     mutable MVLocker voiceLock;
 
     MVPatchListeners patchListeners;
+    PatchProxies patchProxies;
+    mutable MVLocker proxyLock; ///< over the list above
     std::array<std::vector<TapEntry>, maxTappedChannels> channelTaps;
     std::vector<std::unique_ptr<MVDcFilter>> dcFilters;
     std::array<ChannelPeak, maxTappedChannels> peaks;
+    /** Of which so many are there; readers of peaks take no lock that guards the attributes. */
+    std::atomic<int> numPeaks { 0 };
     std::atomic<bool> peakMonitoring { false };
 
     ControlSlot pitch;

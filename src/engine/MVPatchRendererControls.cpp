@@ -17,6 +17,8 @@ void MVPatchRenderer::setActive (bool flag)
         while (static_cast<int> (dcFilters.size()) < attributes->numOutputChannels)
             dcFilters.push_back (std::make_unique<MVDcFilter>());
 
+    numPeaks.store (std::min (attributes->numOutputChannels, maxTappedChannels), std::memory_order_relaxed);
+
     for (const auto& filter : dcFilters)
         filter->setActive (flag);
     for (const auto& each : voices)

@@ -3,7 +3,6 @@
 #include "engine/MVPatchRenderer.h"
 #include "foundation/MVResult.h"
 #include "foundation/MVString.h"
-#include "operators/MVOpMidiKeyIn.h"
 #include "operators/MVRenderEngineAttributes.h"
 
 #include <algorithm>
@@ -177,8 +176,8 @@ int MVPatchRenderer::startFade (int fadeBlocks, bool notify)
 int MVPatchRenderer::finishTransition (bool notify)
 {
     unloadLayers (scratchLayer, false);
-    if (notify && notifyEnabled.load (std::memory_order_relaxed))
-        patchListeners.tellPatchChanged (transitionTarget.load (std::memory_order_relaxed), getId());
+    if (notify)
+        tellPatchChanged (transitionTarget.load (std::memory_order_relaxed));
     endTransition();
     return resultDone;
 }
@@ -234,8 +233,8 @@ int MVPatchRenderer::unloadLayers (int layer, bool notify)
             setLayerPlaying (each, 0, false);
         if (! clearIfStopped (each))
             return resultLayerInUse;
-        if (notify && notifyEnabled.load (std::memory_order_relaxed))
-            patchListeners.tellPatchChanged (each, getId());
+        if (notify)
+            tellPatchChanged (each);
     }
 
     if (countLoadedLayers() == 0)
@@ -336,28 +335,6 @@ MVSmartPtr<MVString> MVPatchRenderer::getLayerName (int layer) const
     char text[64];
     std::snprintf (text, sizeof (text), "Sub patch %d - Layer %d", static_cast<int> (getId()), layer);
     return makeSmart<MVString> (text);
-}
-
-MVSmartPtr<MVString> MVPatchRenderer::getVariableName (int layer, int index) const
-{
-    const MVScopedLock structure (voiceLock);
-    return makeSmart<MVString> (voice (0).variableName (layer, index));
-}
-
-MVSmartPtr<MVString> MVPatchRenderer::getVariableDesc (int layer, int index) const
-{
-    const MVScopedLock structure (voiceLock);
-    return makeSmart<MVString> (voice (0).variableDescription (layer, index));
-}
-
-bool MVPatchRenderer::hasKeyboardInput (int layer) const
-{
-    const MVScopedLock structure (voiceLock);
-    for (int index = 0; index < voice (0).numNodes (layer); ++index)
-        if (const MVNetNode* const node = voice (0).nodeAt (layer, index);
-            node != nullptr && node->typeId() == MVOpMidiKeyIn::spec.typeId)
-            return true;
-    return false;
 }
 
 int MVPatchRenderer::setOperatorAttribute (int layer, std::uint64_t nodeId, int attribute, int kind, double value,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "engine/MVRenderEngine.h"
 
+#include "engine/MVSignalFeed.h"
 #include "foundation/MVMath.h"
 #include "foundation/MVResult.h"
 #include "operators/MVOperatorTable.h"
@@ -218,7 +219,12 @@ void MVRenderEngine::renderInternalBlock()
 
     input.pull();
     const double* const* const in = isInputMuted() ? muted.data() : input.blocks (silence);
-    rendererManager.render (format.numIn, in, format.numOut, output.beginBlock(), blockFrames, 0);
+    double* const* const out = output.beginBlock();
+    rendererManager.render (format.numIn, in, format.numOut, out, blockFrames, 0);
+
+    for (int channel = 0; channel < format.numOut; ++channel)
+        if (MVSignalFeed* const feed = outputFeeds[static_cast<std::size_t> (channel)]; feed != nullptr)
+            feed->push (out[channel], blockFrames);
     output.commitBlock();
 }
 

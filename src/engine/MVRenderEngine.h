@@ -6,9 +6,9 @@
 #include "engine/MVInputStream.h"
 #include "engine/MVOutputStream.h"
 #include "engine/MVParameterManager.h"
+#include "engine/MVPatchAccessorProxy.h"
 #include "engine/MVPatchListeners.h"
 #include "engine/MVPatchLoadTracker.h"
-#include "engine/MVPatchSummary.h"
 #include "engine/MVRenderStreamFormat.h"
 #include "engine/MVRendererManager.h"
 #include "foundation/MVEventManager.h"
@@ -22,11 +22,13 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace morvanelab
 {
 
 class MVPatchRenderer;
+class MVSignalFeed;
 
 /** The one object that a shell talks to: a stream of host blocks on one side, patches in blocks of 256 doubles on
     the other.
@@ -97,9 +99,14 @@ public:
     /** The highest input level, 0 to 1, since the last call. 0 for no such channel, or while not enabled. */
     double takeInputLevel (int channel);
     /** Peak meters of a part's output: switching on, then reading; a reader sees each peak one read late.
-        getOutputPeak: 1, 11, 12, 13 no such channel, 19 monitoring is off. */
+        getOutputPeak: 1, 11, 12, 13 no such channel, 19 monitoring is off. Reading takes no API lock, so that a
+        meter never holds up a block. */
     int setOutputPeaksEnabled (std::uint64_t part, bool on);
     int getOutputPeak (std::uint64_t part, int channel, double* out);
+
+    /** Offers each block of 256 samples of an output channel (0 to 7), as the host will hear it, to a feed; null ends
+        that. The feed must live until another or none takes its place. 1, or 13 for no such channel. */
+    int setOutputFeed (int channel, MVSignalFeed* feed);
 
     // Parts ---------------------------------------------------------------------------------------------------
 
@@ -124,6 +131,8 @@ public:
     /** In mono mode, starts the one voice that then runs for good. 1 or 12. */
     int startMonoVoice (std::uint64_t part);
     int killAllVoices (std::uint64_t part);
+    /** Voices of the part that sound now, 0 without such a part. Takes no API lock. */
+    int getActiveVoiceCount (std::uint64_t part);
 
     // Patches -------------------------------------------------------------------------------------------------
 
@@ -152,16 +161,52 @@ public:
 
     /** The patch of a layer as a new tree; an empty pointer if there is none. */
     MVSmartPtr<MVRiffPacker> getPatchData (std::uint64_t part, int layer);
-    /** Texts, keyboard and parameter use of the patch in a layer. 1 or 12. */
-    int getPatchSummary (std::uint64_t part, int layer, MVPatchSummary& out);
     /** Whether the patches of the part listen to its parameter control index. */
     bool isParameterInUse (std::uint64_t part, int index);
-    /** Called after each change of a patch, on the event thread while it runs: see MVPatchRenderer. 1 or 12. */
-    int addPatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context, int layer = -1);
+    /** Called after each change of a patch, on the event thread while it runs: see MVPatchRenderer. With wantsProxy
+        the listener is given the identity of a fresh snapshot, for acquirePatchAccessor; it may acquire it then and
+        there, or hand the identity on. 1 or 12. */
+    int addPatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context, int layer = -1,
+                          bool wantsProxy = false);
     int removePatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context);
     /** Sets a parameter of an operator in voice 0; see MVPolyPatch. 12, or 19 during a transition. */
     int setOperatorAttribute (std::uint64_t part, int layer, std::uint64_t nodeId, int attribute, int kind,
                               double value, MVDataBlock* data);
+
+    // Patch snapshots -----------------------------------------------------------------------------------------
+
+    /** Makes a snapshot of the patch in a layer as it is now and returns its identity, 0 without such a part or
+        layer. A snapshot that nobody has acquired goes when the part makes its next one. */
+    std::uint64_t createPatchProxy (std::uint64_t part, int layer);
+    /** Gives a handle to a snapshot, which then stays until it is released as often as it was acquired. 1, 11 for
+        a null out, 12 if there is no such snapshot (any more), 23 if there is no memory; out is changed only by
+        a 1. */
+    int acquirePatchAccessor (std::uint64_t proxyId, MVPatchAccessorProxy* out);
+    /** Ends one acquisition; handles that are still about keep their snapshot. 1, or 12 if nothing of that identity
+        is acquired. */
+    int releasePatchAccessor (std::uint64_t proxyId);
+
+    /** The queries read a handle and nothing of the engine: any thread, no lock. They return 19 for an empty
+        handle, 12 for a node that the snapshot does not know, otherwise 1; out is changed only by a 1.
+        Past the end there is no text (""), no use, no node (0), no source (node 0, port -1). */
+    static int getVariableName (const MVPatchAccessorProxy& accessor, int index, std::string& out);
+    static int getVariableDesc (const MVPatchAccessorProxy& accessor, int index, std::string& out);
+    /** Whether an input of the playing patch listened to the parameter control. */
+    static int getParameterInUse (const MVPatchAccessorProxy& accessor, int index, bool& out);
+    /** 0 nodes: the layer held no patch. */
+    static int getNumNodes (const MVPatchAccessorProxy& accessor, int& out);
+    static int getNodeIdAt (const MVPatchAccessorProxy& accessor, int index, std::uint64_t& out);
+    /** The class as a small number, see patchNodeTypeNumber. */
+    static int getNodeType (const MVPatchAccessorProxy& accessor, std::uint64_t nodeId, int& out);
+    /** Index of the output operator, -1 without one. */
+    static int getRootNode (const MVPatchAccessorProxy& accessor, int& out);
+    /** Direction 1 for inputs, 2 for outputs. */
+    static int getNumPorts (const MVPatchAccessorProxy& accessor, std::uint64_t nodeId, int direction, int& out);
+    static int getPortDesc (const MVPatchAccessorProxy& accessor, std::uint64_t nodeId, int direction, int port,
+                            std::string& out);
+    /** The node that feeds an input, and from which of its output ports. */
+    static int getInputSource (const MVPatchAccessorProxy& accessor, std::uint64_t nodeId, int input,
+                               std::uint64_t& sourceId, int& sourcePort);
 
     /** The packed bytes of all parts with their patches; empty if it could not be made. */
     MVSmartPtr<MVDataBlock> saveFullPreset();
@@ -242,6 +287,8 @@ private:
     MVInputStream input;
     MVOutputStream output;
     std::uint16_t engineControlId = 0;
+    std::vector<MVPatchAccessorProxy> accessors; ///< one for each acquisition
+    std::array<MVSignalFeed*, MVOutputStream::maxChannels> outputFeeds {};
     std::atomic<bool> running { false };
     std::atomic<bool> offline { false };
     std::atomic<bool> inputMuted { false };

@@ -40,11 +40,20 @@ int MVRenderEngine::setOutputPeaksEnabled (std::uint64_t part, bool on)
 
 int MVRenderEngine::getOutputPeak (std::uint64_t part, int channel, double* out)
 {
-    const MVScopedLock lock (apiLock);
     int result = resultDone;
     const int found = rendererManager.withRenderer (part, [&] (MVPatchRenderer& renderer)
                                                     { result = renderer.getChannelPeak (channel, out); });
     return found == resultDone ? result : found;
+}
+
+int MVRenderEngine::setOutputFeed (int channel, MVSignalFeed* feed)
+{
+    if (channel < 0 || channel >= MVOutputStream::maxChannels)
+        return resultOutOfRange;
+
+    const MVScopedLock lock (apiLock);
+    outputFeeds[static_cast<std::size_t> (channel)] = feed;
+    return resultDone;
 }
 
 // Parts -----------------------------------------------------------------------------------------------------------
@@ -146,6 +155,8 @@ int MVRenderEngine::killAllVoices (std::uint64_t part)
     return rendererManager.killAllVoices (part);
 }
 
+int MVRenderEngine::getActiveVoiceCount (std::uint64_t part) { return rendererManager.numActiveParts (part); }
+
 // Patches ---------------------------------------------------------------------------------------------------------
 
 int MVRenderEngine::loadPatchOnLayer (std::uint64_t part, int layer, MVSmartPtr<MVObject>& data)
@@ -195,23 +206,18 @@ MVSmartPtr<MVRiffPacker> MVRenderEngine::getPatchData (std::uint64_t part, int l
     return rendererManager.getPatchData (part, layer);
 }
 
-int MVRenderEngine::getPatchSummary (std::uint64_t part, int layer, MVPatchSummary& out)
-{
-    const MVScopedLock lock (apiLock);
-    return rendererManager.getPatchSummary (part, layer, out);
-}
-
 bool MVRenderEngine::isParameterInUse (std::uint64_t part, int index)
 {
     const MVScopedLock lock (apiLock);
     return rendererManager.isParameterInUse (part, index);
 }
 
-int MVRenderEngine::addPatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context, int layer)
+int MVRenderEngine::addPatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context, int layer,
+                                      bool wantsProxy)
 {
     const MVScopedLock lock (apiLock);
     return rendererManager.withRenderer (part, [=] (MVPatchRenderer& renderer)
-                                         { renderer.addPatchListener (function, context, layer); });
+                                         { renderer.addPatchListener (function, context, layer, wantsProxy); });
 }
 
 int MVRenderEngine::removePatchListener (std::uint64_t part, MVPatchListeners::Function function, void* context)

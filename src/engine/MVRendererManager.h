@@ -2,7 +2,6 @@
 #pragma once
 
 #include "engine/MVPatchLoadTracker.h"
-#include "engine/MVPatchSummary.h"
 #include "foundation/MVDataBlock.h"
 #include "foundation/MVEvent.h"
 #include "foundation/MVEventHandler.h"
@@ -28,6 +27,7 @@ namespace morvanelab
 class MVControlManager;
 class MVEventManager;
 class MVPatchRenderer;
+class MVPolyPatch_proxy;
 
 /** What an event does to the patches. Its target is the manager; its own identity (setId) is that of the renderer
     it concerns. Events are posted in ordered mode, since in the coalescing one notes or loads of several layers
@@ -179,9 +179,14 @@ public:
     virtual int setLayerFadeControl (std::uint64_t id, int layer, std::uint16_t controlId);
     virtual int setParameterControl (std::uint64_t id, int index, std::uint16_t controlId);
     bool isParameterInUse (std::uint64_t id, int index) const;
+    int numActiveParts (std::uint64_t id) const;
 
-    /** Structure and texts of the patch in a layer. 1 or 12. */
-    int getPatchSummary (std::uint64_t id, int layer, MVPatchSummary& out) const;
+    /** Snapshots of patches, see MVPatchRenderer. 0 for an unknown renderer or layer. */
+    std::uint64_t createPatchProxy (std::uint64_t id, int layer);
+    /** Looked for in every renderer: null, or false, if none has one of that identity. */
+    std::shared_ptr<const MVPolyPatch_proxy> acquirePatchProxy (std::uint64_t proxyId);
+    bool releasePatchProxy (std::uint64_t proxyId);
+
     /** Calls use with the renderer while nothing can destroy it. 1 or 12. Not for the audio thread. */
     int withRenderer (std::uint64_t id, const std::function<void (MVPatchRenderer&)>& use) const;
 

@@ -184,25 +184,36 @@ bool MVRendererManager::isParameterInUse (std::uint64_t id, int index) const
                         [=] (const MVPatchRenderer& renderer) { return renderer.isParameterInUse (index); });
 }
 
-int MVRendererManager::getPatchSummary (std::uint64_t id, int layer, MVPatchSummary& out) const
+int MVRendererManager::numActiveParts (std::uint64_t id) const
 {
-    return withRenderer (id,
-                         [&] (const MVPatchRenderer& renderer)
-                         {
-                             out.numOperators = renderer.numNodesInLayer (layer);
-                             out.loaded = out.numOperators > 0;
-                             out.hasKeyboardInput = renderer.hasKeyboardInput (layer);
+    return askRenderer (*this, id, 0, [] (const MVPatchRenderer& renderer) { return renderer.numActiveParts(); });
+}
 
-                             for (int i = 0; i < MVPatchSummary::numVariables; ++i)
-                             {
-                                 const auto name = renderer.getVariableName (layer, i);
-                                 const auto description = renderer.getVariableDesc (layer, i);
-                                 auto& variable = out.variables[static_cast<std::size_t> (i)];
-                                 variable.inUse = renderer.isParameterInUse (i);
-                                 variable.name = name ? name->toStdString() : std::string();
-                                 variable.description = description ? description->toStdString() : std::string();
-                             }
-                         });
+std::uint64_t MVRendererManager::createPatchProxy (std::uint64_t id, int layer)
+{
+    return askRenderer (*this, id, std::uint64_t {},
+                        [=] (MVPatchRenderer& renderer) { return renderer.createPatchProxy (layer); });
+}
+
+std::shared_ptr<const MVPolyPatch_proxy> MVRendererManager::acquirePatchProxy (std::uint64_t proxyId)
+{
+    const MVScopedLock lock (structureLock);
+    std::shared_ptr<const MVPolyPatch_proxy> found;
+    forEachRenderer (
+        [&] (MVPatchRenderer& renderer)
+        {
+            if (found == nullptr)
+                found = renderer.acquirePatchProxy (proxyId);
+        });
+    return found;
+}
+
+bool MVRendererManager::releasePatchProxy (std::uint64_t proxyId)
+{
+    const MVScopedLock lock (structureLock);
+    bool released = false;
+    forEachRenderer ([&] (MVPatchRenderer& renderer) { released = released || renderer.releasePatchProxy (proxyId); });
+    return released;
 }
 
 } // namespace morvanelab

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "operators/MVOpOscillator.h"
 
-#include <algorithm>
+#include "dsp/MVBlockMath.h"
 
 namespace morvanelab
 {
@@ -22,14 +22,6 @@ constexpr ParameterSpec parameters[] { choiceSpec ("Function Type", "The oscilla
 // The second name answers for a port that no oscillator has.
 constexpr const char* inputNames[] { "Frequency Signal", "Phase Signal" };
 constexpr const char* outputNames[] { "Output Signal" };
-
-/** Whether a block holds one value; a moving signal shows at its ends or in its middle. */
-bool isConstant (const double* in, int frames)
-{
-    const double value = in[0];
-    return in[frames - 1] == value && in[frames / 2] == value
-           && std::all_of (in, in + frames, [value] (double x) { return x == value; });
-}
 
 /** The record of early patches is not read: the defaults stand in. */
 StoredRecord readOlderRecord (std::uint32_t version, std::span<const std::byte>, void*)
@@ -87,7 +79,7 @@ void MVOpOscillator::process (int inputCount, const double* const* inputs, int o
     const double end = getInputScale (0) * frequency.end();
 
     // A steady frequency gives the same steps without a signal, at half the cost.
-    if (start == end && isConstant (inputs[0], frames))
+    if (start == end && blockIsConstant (inputs[0], frames))
         oscillator->process (outputs[0], nullptr, frames, start * inputs[0][0], end * inputs[0][0]);
     else
         oscillator->process (outputs[0], inputs[0], frames, start, end);

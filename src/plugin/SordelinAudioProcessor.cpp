@@ -41,7 +41,7 @@ int flatten (const juce::MidiBuffer& midi, MidiBytes& bytes)
 
 } // namespace
 
-SordelinAudioProcessor::SordelinAudioProcessor()
+SordelinAudioProcessor::SordelinAudioProcessor (const juce::File& firstBanks)
     : AudioProcessor (BusesProperties()
                           .withInput ("Input", juce::AudioChannelSet::stereo())
                           .withOutput ("Output", juce::AudioChannelSet::stereo()))
@@ -52,7 +52,7 @@ SordelinAudioProcessor::SordelinAudioProcessor()
         parameters[static_cast<std::size_t> (i)] = parameter;
         addParameter (parameter);
     }
-    mainComponent = std::make_unique<SordelinMainComponent>();
+    mainComponent = std::make_unique<SordelinMainComponent> (firstBanks);
     connectHost();
 }
 
@@ -81,6 +81,7 @@ void SordelinAudioProcessor::connectHost()
             parameter->setValueNotifyingHost (value);
     };
     callbacks.refresh = [this] { updateHostDisplay (ChangeDetails().withParameterInfoChanged (true)); };
+    callbacks.suspendAudio = [this] (bool on) { suspendProcessing (on); };
     mainComponent->setHostCallbacks (callbacks);
 }
 
@@ -152,8 +153,13 @@ void SordelinAudioProcessor::handleMidi (MVRenderEngine& engine, const juce::Mid
     MidiBytes bytes;
     const int count = flatten (midi, bytes);
     mainComponent->midiByteCounter.fetch_add (count, std::memory_order_relaxed);
-    if (count == 0 || mainComponent->midiMappingActive)
+    if (count == 0)
         return;
+    if (mainComponent->midiMappingActive)
+    {
+        mainComponent->learnMidi (bytes.data(), count);
+        return;
+    }
     engine.getMidiManager().processMidiDataBuffer (bytes.data(), count, false);
     mainComponent->playNotes (bytes.data(), count);
 }

@@ -20,7 +20,8 @@ class SordelinParameter;
 class SordelinAudioProcessor : public juce::AudioProcessor
 {
 public:
-    SordelinAudioProcessor();
+    /** A first run of the program looks for banks in firstBanks, or beside the plug-in if that is empty. */
+    explicit SordelinAudioProcessor (const juce::File& firstBanks = {});
     ~SordelinAudioProcessor() override;
 
     const juce::String getName() const override { return "Sordelin 1.2"; }
@@ -42,6 +43,8 @@ public:
 
     juce::AudioProcessorEditor* createEditor() override;
     bool hasEditor() const override { return true; }
+
+    SordelinMainComponent& getMainComponent() { return *mainComponent; }
 
     using juce::AudioProcessor::getParameterName;
     using juce::AudioProcessor::getParameterText;

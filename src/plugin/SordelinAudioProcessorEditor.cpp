@@ -17,11 +17,11 @@ constexpr int firstHeight = 200;
 SordelinAudioProcessorEditor::SordelinAudioProcessorEditor (juce::AudioProcessor& owner, SordelinMainView& view)
     : AudioProcessorEditor (owner), mainView (view)
 {
+    setResizable (true, false);
     setSize (firstWidth, firstHeight);
-    const auto viewSize = mainView.getBounds().withZeroOrigin();
     addAndMakeVisible (mainView);
-    mainView.setBounds (viewSize);
-    resized();
+    mainView.setTopLeftPosition (0, 0);
+    followView();
 }
 
 SordelinAudioProcessorEditor::~SordelinAudioProcessorEditor()
@@ -30,12 +30,31 @@ SordelinAudioProcessorEditor::~SordelinAudioProcessorEditor()
     deleteAllChildren();
 }
 
+void SordelinAudioProcessorEditor::followView()
+{
+    const auto shown = mainView.getBoundsInParent();
+    const juce::ScopedValueSetter<bool> scope (following, true);
+    if (shown.getWidth() != 0 && shown.getHeight() != 0)
+        setSize (shown.getWidth(), shown.getHeight());
+}
+
 void SordelinAudioProcessorEditor::resized()
 {
-    const int width = mainView.getWidth();
-    const int height = mainView.getHeight();
-    if (width != 0 && height != 0 && (width != getWidth() || height != getHeight()))
-        setSize (width, height);
+    if (following || mainView.getParentComponent() != this)
+        return;
+    // The host has its own idea of the size: the view takes it as far as its limits allow, and the editor is then as
+    // large as the view.
+    {
+        const juce::ScopedValueSetter<bool> scope (following, true);
+        mainView.takeHostSize (getWidth(), getHeight());
+    }
+    followView();
+}
+
+void SordelinAudioProcessorEditor::childBoundsChanged (juce::Component*)
+{
+    if (! following)
+        followView();
 }
 
 void SordelinAudioProcessorEditor::handleCommandMessage (int commandId)

@@ -9,7 +9,7 @@ namespace morvanelab
 class SordelinMainView;
 
 /** The plug-in's window as a host opens and closes it. It only shows the view, which lives on without it, and is
-    always as large as the view. Message thread. */
+    always as large as the view at its zoom. Message thread. */
 class SordelinAudioProcessorEditor : public juce::AudioProcessorEditor
 {
 public:
@@ -17,11 +17,14 @@ public:
     ~SordelinAudioProcessorEditor() override;
 
     void resized() override;
-    void childBoundsChanged (juce::Component*) override { resized(); }
+    void childBoundsChanged (juce::Component* child) override;
     void handleCommandMessage (int commandId) override;
 
 private:
+    void followView();
+
     SordelinMainView& mainView;
+    bool following = false; ///< the editor is being fitted to the view, or the view to the editor
 };
 
 } // namespace morvanelab

@@ -20,6 +20,20 @@ std::string nameOr (const MVSmartPtr<MVMetaData>& metadata, const char* fallback
     return metadata == nullptr || metadata->getName().isEmpty() ? fallback : metadata->getName().toStdString();
 }
 
+SordelinPatchBytes copyOf (const std::uint8_t* bytes, int size)
+{
+    return std::make_shared<const std::vector<std::uint8_t>> (bytes, bytes + size);
+}
+
+SordelinPatchBytes imageOf (const MVSmartPtr<MVMetaData>& metadata)
+{
+    if (metadata == nullptr || metadata->getImage() == nullptr)
+        return nullptr;
+    const auto& chunk = *metadata->getImage();
+    const int size = chunk.getPayload() != nullptr ? chunk.readablePayload() : 0;
+    return size > 0 ? copyOf (static_cast<const std::uint8_t*> (chunk.getPayload()), size) : nullptr;
+}
+
 } // namespace
 
 SordelinBankShelf::SordelinBankShelf (MVUserPrompt& promptToUse)
@@ -41,15 +55,18 @@ SordelinBankShelf::SordelinBankShelf (MVUserPrompt& promptToUse)
 
 void SordelinBankShelf::addBanksOnFirstRun (const juce::File& directory)
 {
-    const MVScopedLock scope (lock);
+    const MVScopedLock scope (getLock());
     if (! firstRun)
         return;
     firstRun = false;
+    bankManager.syncWithFile(); // another instance may have had its first run meanwhile
     auto files =
         directory.findChildFiles (juce::File::findFiles, true, "*.mv_onbank", juce::File::FollowSymlinks::noCycles);
     files.sort();
     for (int i = 0; i < files.size(); ++i)
     {
+        if (bankManager.isBankPathLoaded (files[i]))
+            continue;
         try
         {
             bankManager.addBankFile (i, files[i]);
@@ -64,23 +81,36 @@ void SordelinBankShelf::addBanksOnFirstRun (const juce::File& directory)
 
 int SordelinBankShelf::findBank (const MVBankUuid& uuid)
 {
-    const MVScopedLock scope (lock);
-    return bankManager.findBankByUuid (uuid);
+    const MVScopedLock scope (getLock());
+    const int bank = bankManager.findBankByUuid (uuid);
+    return bank < 0 && bankManager.syncWithFile() ? bankManager.findBankByUuid (uuid) : bank;
+}
+
+bool SordelinBankShelf::takeSelection (int& bank, int& slot)
+{
+    const MVScopedLock scope (getLock());
+    return bankManager.takeSelection (bank, slot);
 }
 
 bool SordelinBankShelf::readPatch (int bank, int slot, Patch& patch)
 {
-    const MVScopedLock scope (lock);
+    const MVScopedLock scope (getLock());
     const auto bytes = bankManager.getPatchData (bank, slot);
+    const auto metadata = bankManager.getPatchMeta (bank, slot);
+    patch.image = imageOf (metadata);
     if (bytes->totalSize() <= emptySlotBytes)
         return false;
-    const auto metadata = bankManager.getPatchMeta (bank, slot);
     const auto stream = bankManager.buildPatchStream (metadata, bytes);
     if (stream == nullptr || stream->totalSize() <= 1)
         return false;
-    const auto* first = stream->flatBytes();
-    patch.stream = std::make_shared<const std::vector<std::uint8_t>> (first, first + stream->totalSize());
+    patch.stream = copyOf (stream->flatBytes(), stream->totalSize());
     patch.name = metadata != nullptr ? metadata->getName().toStdString() : "unnamed";
+    if (metadata != nullptr)
+    {
+        patch.author = metadata->getAuthor().toStdString();
+        patch.description = metadata->getDescription().toStdString();
+        patch.genre = metadata->getGenre().toStdString();
+    }
     patch.bankUuid = bankManager.getBankUuid (bank);
     patch.slot = slot;
     return true;
@@ -88,7 +118,7 @@ bool SordelinBankShelf::readPatch (int bank, int slot, Patch& patch)
 
 std::vector<SordelinBankShelf::BankNames> SordelinBankShelf::listBanks()
 {
-    const MVScopedLock scope (lock);
+    const MVScopedLock scope (getLock());
     std::vector<BankNames> banks;
     for (int bank = 0; bank < bankManager.getBankCount(); ++bank)
     {

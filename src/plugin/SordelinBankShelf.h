@@ -24,9 +24,13 @@ public:
     struct Patch
     {
         std::string name; ///< "unnamed" without metadata
+        std::string author;
+        std::string description;
+        std::string genre;
         MVBankUuid bankUuid;
         int slot = -1;
-        SordelinPatchBytes stream; ///< what loadPatchData takes; never null
+        SordelinPatchBytes stream; ///< what loadPatchData takes; never null where readPatch was true
+        SordelinPatchBytes image;  ///< the encoded picture of its metadata; null without one
     };
 
     /** A bank with the names of its slots, for a menu; an empty name is an empty slot. */
@@ -39,23 +43,25 @@ public:
     /** Opens the settings and the list of banks. The prompt outlives the shelf. */
     explicit SordelinBankShelf (MVUserPrompt& prompt);
 
-    /** On the first run of the program, adds every bank file in directory and below, by path. Further calls, and
-        later runs, do nothing. A file that is no bank is told to the user. */
+    /** On the first run of the program, adds every bank file in directory and below, by path, that is not loaded
+        yet. Further calls, and later runs, do nothing. A file that is no bank is told to the user. */
     void addBanksOnFirstRun (const juce::File& directory);
 
-    /** -1 if no bank has that identity. */
+    /** -1 if no bank has that identity, also among those that other instances have added meanwhile. */
     int findBank (const MVBankUuid& uuid);
-    /** Reads a slot. False if it is empty or out of range. Raises MVException as the bank's file does. */
+    /** See MVBankFileManager. */
+    bool takeSelection (int& bank, int& slot);
+    /** Reads a slot. False, with no more than the image, if it is empty or out of range. Raises MVException as the
+        bank's file does. */
     bool readPatch (int bank, int slot, Patch& patch);
     std::vector<BankNames> listBanks();
 
     MVAppPersistentProps& getProperties() { return properties; }
     /** Hold getLock while using it. */
     MVBankFileManager& getBankManager() { return bankManager; }
-    MVLocker& getLock() { return lock; }
+    MVLocker& getLock() { return bankManager.getLock(); }
 
 private:
-    MVLocker lock;
     MVUserPrompt& prompt;
     MVAppPersistentProps properties;
     MVBankFileManager bankManager;

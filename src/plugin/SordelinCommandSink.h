@@ -12,7 +12,13 @@ enum SordelinCommand_t : int
     commandRepaint = 16407,
     commandRepaintParameters = 16409,
     commandRefreshLayout = 16422,
-    commandStartUpComplete = 16430
+    commandApplyAppValues = 16423, ///< apply the dimension settings in `mv_custom_app_values`
+    commandRefreshBankList = 16427,
+    commandStartUpComplete = 16430,
+    commandUpdatePresets = 16440,  ///< the preset list, its selection or its buttons have changed
+    commandShowVisualiser = 16441, ///< another view has been asked for
+    commandShowPatchImage = 16442, ///< another patch brings another picture, or none
+    commandUpdateSettings = 16443  ///< play mode, voices or host notes have changed
 };
 
 /** Where the engine's side leaves messages for the window. */

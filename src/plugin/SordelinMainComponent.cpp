@@ -11,27 +11,20 @@ namespace
 {
 
 constexpr int generalControlStart = 0;
-constexpr int smallestVoices = 1;
-constexpr int mostVoices = MVRendererManager::maxVoices;
-constexpr int defaultVoices = 16;
-constexpr int monoMode = 1;
-constexpr int lastPlayMode = 3;
+constexpr int patchLayer = 0;
 
 juce::File pluginDirectory()
 {
     return juce::File::getSpecialLocation (juce::File::currentExecutableFile).getParentDirectory();
 }
 
-/** A setting that is out of its limits counts as its default. */
-int settingWithin (const MVAppPersistentProps& properties, const char* key, int low, int high, int fallback)
-{
-    const int value = properties.getInt (key, fallback);
-    return value < low || value > high ? fallback : value;
-}
-
 } // namespace
 
-SordelinMainComponent::SordelinMainComponent() { keyboardState.addListener (this); }
+SordelinMainComponent::SordelinMainComponent (const juce::File& firstBanks)
+    : firstBankDirectory (firstBanks == juce::File() ? pluginDirectory() : firstBanks)
+{
+    keyboardState.addListener (this);
+}
 
 SordelinMainComponent::~SordelinMainComponent()
 {
@@ -51,17 +44,16 @@ void SordelinMainComponent::prepareEngine (const MVRenderStreamFormat& format)
     }
     audioEngine.store (engine.get(), std::memory_order_release);
 
-    shelf.addBanksOnFirstRun (pluginDirectory());
+    loadPresetsForEngine();
+    shelf.addBanksOnFirstRun (firstBankDirectory);
     restoreIntoEngine();
     postCommand (commandStartUpComplete);
 }
 
 std::unique_ptr<MVRenderEngine> SordelinMainComponent::buildEngine (const MVRenderStreamFormat& format)
 {
-    auto& properties = shelf.getProperties();
-    playHostNotes.store (properties.getBool ("play_host_notes", false));
-    const int playMode = settingWithin (properties, "play_mode", monoMode, lastPlayMode, monoMode);
-    const int voices = settingWithin (properties, "voices", smallestVoices, mostVoices, defaultVoices);
+    playHostNotes.store (settings.getPlayHostNotes());
+    engineFormat = format;
 
     auto fresh = std::make_unique<MVRenderEngine>();
     fresh->configure (format);
@@ -69,14 +61,15 @@ std::unique_ptr<MVRenderEngine> SordelinMainComponent::buildEngine (const MVRend
     fresh->setInputMuted (inputMuted);
     fresh->setOutputMuted (outputMuted);
 
-    const auto part = fresh->createPart (voices);
+    const auto part = fresh->createPart (settings.getVoices());
     partId.store (part);
-    fresh->setPlayMode (part, playMode);
+    fresh->setPlayMode (part, settings.getPlayMode());
     masterControlId.store (fresh->getVolumeControlId (part));
     fresh->setControlValue (masterControlId, 1.0);
     connectSlots (*fresh);
     fresh->setControlValue (fresh->getEngineControlId(), generalControlStart);
-    fresh->addPatchListener (part, &SordelinMainComponent::patchChanged, this);
+    fresh->setOutputFeed (0, &displayFeed);
+    fresh->addPatchListener (part, &SordelinMainComponent::patchChanged, this, patchLayer, true);
     fresh->setPartEnabled (part, true);
     fresh->startMonoVoice (part);
     return fresh;
@@ -129,23 +122,85 @@ void SordelinMainComponent::destroyEngine()
     for (auto& id : slotControlIds)
         id.store (0);
     masterControlId.store (0);
+    acquiredProxyId.store (0);
 }
 
-void SordelinMainComponent::patchChanged (void* context, std::int64_t, std::uint64_t, std::uint64_t)
+void SordelinMainComponent::setPlayMode (int mode)
 {
-    static_cast<SordelinMainComponent*> (context)->updateFromPatch();
+    if (mode < SordelinSettings::monoMode || mode > SordelinSettings::oneShotMode)
+        return;
+    settings.storePlayMode (mode);
+    withEngine (
+        [&] (MVRenderEngine& running)
+        {
+            running.setPlayMode (getPartId(), mode);
+            running.startMonoVoice (getPartId());
+        });
+    postCommand (commandUpdateSettings);
 }
 
-void SordelinMainComponent::updateFromPatch()
+void SordelinMainComponent::setVoices (int voices)
 {
-    MVPatchSummary summary;
+    if (voices < SordelinSettings::smallestVoices || voices > SordelinSettings::mostVoices)
+        return;
+    const bool changes = voices != settings.getVoices();
+    settings.storeVoices (voices);
+    if (changes && getAudioEngine() != nullptr && host.suspendAudio)
+    {
+        host.suspendAudio (true);
+        prepareEngine (engineFormat);
+        host.suspendAudio (false);
+    }
+    postCommand (commandUpdateSettings);
+}
+
+void SordelinMainComponent::panic()
+{
+    keyboardState.allNotesOff (0);
+    withEngine (
+        [this] (MVRenderEngine& running)
+        {
+            running.killAllVoices (getPartId());
+            running.startMonoVoice (getPartId());
+        });
+}
+
+void SordelinMainComponent::resetSynth()
+{
+    withEngine ([this] (MVRenderEngine& running) { running.resetPart (getPartId()); });
+}
+
+void SordelinMainComponent::setInputMuted (bool on)
+{
+    inputMuted = on;
+    withEngine ([on] (MVRenderEngine& running) { running.setInputMuted (on); });
+}
+
+void SordelinMainComponent::setOutputMuted (bool on)
+{
+    outputMuted = on;
+    withEngine ([on] (MVRenderEngine& running) { running.setOutputMuted (on); });
+}
+
+void SordelinMainComponent::patchChanged (void* context, std::int64_t, std::uint64_t, std::uint64_t proxyId)
+{
+    static_cast<SordelinMainComponent*> (context)->updateFromPatch (proxyId);
+}
+
+void SordelinMainComponent::updateFromPatch (std::uint64_t proxyId)
+{
+    MVPatchAccessorProxy patch;
     const bool running = withEngine (
         [&] (MVRenderEngine& current)
         {
-            current.getPatchSummary (getPartId(), 0, summary);
+            const bool acquired = current.acquirePatchAccessor (proxyId, &patch) == resultDone;
+            const auto previous = acquiredProxyId.exchange (acquired ? proxyId : 0);
+            if (previous != 0)
+                current.releasePatchAccessor (previous);
+            parameterTable.rebuild (patch);
             if (! patchJustLoaded)
                 applyCompressor (current);
-            else if (summary.loaded)
+            else if (parameterTable.isPatchLoaded())
             {
                 readCompressor (current);
                 patchJustLoaded = false;
@@ -153,10 +208,34 @@ void SordelinMainComponent::updateFromPatch()
         });
     if (! running)
         return;
-    parameterTable.rebuild (summary);
     if (host.refresh)
         host.refresh();
     postCommand (commandUpdateFromPatch);
+}
+
+void SordelinMainComponent::setVisualiser (int mode)
+{
+    const bool known = mode >= visualiserImage && mode <= visualiserAttractor && mode != 6;
+    visualiserMode.store (known ? mode : int { visualiserImage }, std::memory_order_relaxed);
+    postCommand (commandShowVisualiser);
+}
+
+void SordelinMainComponent::setCompressorThreshold (double value)
+{
+    compressorThreshold = value;
+    withEngine ([&] (MVRenderEngine& running) { running.setCompressorThreshold (getPartId(), value); });
+}
+
+void SordelinMainComponent::setCompressorRollOff (double seconds)
+{
+    compressorRollOff = seconds;
+    withEngine ([&] (MVRenderEngine& running) { running.setCompressorRollOff (getPartId(), seconds); });
+}
+
+void SordelinMainComponent::setPreCompressionVolume (double value)
+{
+    preCompressionVolume = value;
+    withEngine ([&] (MVRenderEngine& running) { running.setPreCompressionVolume (getPartId(), value); });
 }
 
 void SordelinMainComponent::applyCompressor (MVRenderEngine& running)
@@ -242,6 +321,16 @@ void SordelinMainComponent::setMasterVolume (double value)
     withEngine ([&] (MVRenderEngine& running) { running.setControlValue (masterControlId, value); });
 }
 
+void SordelinMainComponent::clearMidiMappings()
+{
+    withEngine (
+        [this] (MVRenderEngine& running)
+        {
+            for (const auto& id : slotControlIds)
+                running.unmapControlId (id);
+        });
+}
+
 void SordelinMainComponent::handleNoteOn (juce::MidiKeyboardState*, int, int key, float velocity)
 {
     withEngine ([&] (MVRenderEngine& running) { running.noteOnAll (key, static_cast<double> (velocity)); });
@@ -260,8 +349,9 @@ void SordelinMainComponent::playNotes (const std::uint8_t* bytes, int count)
 
 void SordelinMainComponent::setPlayHostNotes (bool on)
 {
-    shelf.getProperties().setBool ("play_host_notes", on);
+    settings.storePlayHostNotes (on);
     playHostNotes.store (on);
+    postCommand (commandUpdateSettings);
 }
 
 SordelinMainView& SordelinMainComponent::getView()

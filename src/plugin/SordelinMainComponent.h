@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "banks/SordelinState.h"
+#include "control/MVMidiByteQueue.h"
 #include "engine/MVRenderEngine.h"
+#include "engine/MVSignalFeed.h"
 #include "plugin/SordelinBankShelf.h"
 #include "plugin/SordelinCommandSink.h"
 #include "plugin/SordelinHostNotes.h"
 #include "plugin/SordelinParameterTable.h"
+#include "plugin/SordelinPresetList.h"
 #include "plugin/SordelinPrompt.h"
-#include "plugin/SordelinState.h"
+#include "plugin/SordelinSettings.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -15,7 +19,6 @@
 #include <functional>
 #include <mutex>
 #include <shared_mutex>
-#include <span>
 
 namespace morvanelab
 {
@@ -41,9 +44,24 @@ public:
         std::function<void (int)> endGesture;
         std::function<void (int, float)> valueChanged;
         std::function<void()> refresh;
+        /** Keeps the audio thread out of processBlock while on: back only when it is outside. */
+        std::function<void (bool)> suspendAudio;
     };
 
-    SordelinMainComponent();
+    /** Which display shows: the numbers of the stored state. There is no 6. */
+    enum VISUALISER_t : int
+    {
+        visualiserImage = 0,
+        visualiserScroll = 1,
+        visualiserPhaseLock = 2,
+        visualiserSpectrum = 3,
+        visualiserSpectrogram = 4,
+        visualiserSpectrogram3d = 5,
+        visualiserAttractor = 7
+    };
+
+    /** A first run looks for banks in firstBanks, or beside the plug-in if that is empty. */
+    explicit SordelinMainComponent (const juce::File& firstBanks = {});
     ~SordelinMainComponent() override;
     SordelinMainComponent (const SordelinMainComponent&) = delete;
     SordelinMainComponent& operator= (const SordelinMainComponent&) = delete;
@@ -57,6 +75,18 @@ public:
         values, MIDI mappings. On a first run adds the banks beside the plug-in. */
     void prepareEngine (const MVRenderStreamFormat& format);
     void destroyEngine();
+    /** Play mode and voices (1 to 64) of this and later engines, stored as settings; out of range does nothing. The
+        mode takes effect at once; sounding voices end. Another number of voices needs another engine: if there is
+        one, it is replaced in here, with the audio thread kept out for some milliseconds, and gets back patch, values
+        and mappings. Without a host's suspendAudio it waits for the next prepareEngine. Message thread. */
+    void setPlayMode (int mode);
+    void setVoices (int voices);
+    /** Ends all voices; the patch plays on as soon as there is a note. Message thread. */
+    void panic();
+    /** Takes all operators of the part back to their start. */
+    void resetSynth();
+    void setInputMuted (bool on);
+    void setOutputMuted (bool on);
 
     /** What processBlock runs; null while there is no engine. Only for the audio thread, which no host runs during
         prepareEngine or destroyEngine. */
@@ -82,6 +112,10 @@ public:
     juce::String getParameterName (int hostIndex) const;
     juce::String getParameterText (int hostIndex) const;
 
+    /** A handle to the snapshot of the loaded patch, read with the queries of MVRenderEngine; it stays good whatever
+        becomes of patch and engine. Empty without a patch. */
+    MVPatchAccessorProxy getPatchAccessor() const { return parameterTable.getPatch(); }
+
     // State ---------------------------------------------------------------------------------------------------
 
     /** The 320 bytes, or none without an engine. */
@@ -89,6 +123,25 @@ public:
     /** Restores from such bytes; missing ones count as zeros, further ones are ignored. Without an engine what
         concerns it waits for prepareEngine. */
     void setState (const juce::MemoryBlock& bytes);
+
+    // Presets (any thread, meant for the message thread) -------------------------------------------------------
+    //
+    // Boxes go through the prompt. The window shows getPresetCombo after each commandUpdatePresets.
+
+    /** Reads the list anew; selects nothing. The code of SordelinPresetList::load. */
+    int loadPresetList();
+    void savePresetList();
+    void rebuildPresetCombo();
+    void updatePresetButtons();
+    /** Writes the state over the selected preset. Nothing selected: does nothing. */
+    void savePreset();
+    /** Asks for a name and writes the state to a new preset, which becomes the selected one. */
+    void savePresetAs();
+    /** Deletes the selected preset and its file. */
+    void deletePreset();
+    /** The user has chosen an item, -1 for none: restores the preset. One whose file has gone leaves the list. */
+    void applyPreset (int index);
+    SordelinPresetList::Combo getPresetCombo() const { return presets.getCombo(); }
 
     // Patches -------------------------------------------------------------------------------------------------
 
@@ -98,6 +151,20 @@ public:
         user. */
     void loadPatchData (const std::vector<std::uint8_t>& stream);
     juce::String getPatchName() const;
+    /** Bank and slot that are stored with the state: of the patch last asked for, also where no bank is known by that
+        identity. Slot -1 without one. */
+    MVBankUuid getPatchBank() const { return getLoadedPatch().bankUuid; }
+    int getPatchSlot() const { return getLoadedPatch().slot; }
+    /** The patch that plays now lies elsewhere, or its bank has got another identity by an edit: states saved from now
+        on name the new place. */
+    void setPatchPlace (const MVBankUuid& bank, int slot);
+    /** Name, author, description and genre of the patch, empty where it has none. */
+    SordelinBankShelf::Patch getPatchNotes() const { return getLoadedPatch(); }
+    /** The encoded picture in the metadata of the patch last asked for; null if it has none. */
+    SordelinPatchBytes getPatchImage() const;
+    /** Loads what the librarian has left in the selection file, which goes; without a bank and a slot in it the user
+        is told. */
+    void loadSelectedPatch();
 
     // Window (message thread) ---------------------------------------------------------------------------------
 
@@ -108,6 +175,18 @@ public:
     juce::MidiKeyboardState& getKeyboardState() { return keyboardState; }
     SordelinBankShelf& getShelf() { return shelf; }
     SordelinPrompt& getPrompt() { return prompt; }
+    SordelinSettings& getSettings() { return settings; }
+    /** The display that shows; a number that is none counts as visualiserImage. Any thread. */
+    void setVisualiser (int mode);
+    int getVisualiser() const { return visualiserMode.load (std::memory_order_relaxed); }
+    /** Output compressor: stored, and applied to the engine. The setters give the engine what they are given; it
+        refuses what is out of its limits. */
+    void setCompressorThreshold (double value);
+    void setCompressorRollOff (double seconds);
+    void setPreCompressionVolume (double value);
+    double getCompressorThreshold() const { return compressorThreshold; }
+    double getCompressorRollOff() const { return compressorRollOff; }
+    double getPreCompressionVolume() const { return preCompressionVolume; }
     void setPlayHostNotes (bool on);
     bool isPlayingHostNotes() const { return playHostNotes.load (std::memory_order_relaxed); }
     /** Slots whose control value has moved since the last call, one bit each. */
@@ -115,6 +194,14 @@ public:
     /** The control value of a patch parameter; 0.5 without an engine. */
     double getSlotValue (int slot) const;
     void setSlotValue (int slot, double value);
+    /** The control value of a patch parameter, 0 without an engine: what a MIDI controller is mapped to. */
+    std::uint16_t getSlotControlId (int slot) const { return slotControlIds.at (static_cast<std::size_t> (slot)); }
+    /** Removes the MIDI mappings of all patch parameters. */
+    void clearMidiMappings();
+    /** The MIDI that has come in while midiMappingActive was on. Read on the message thread. */
+    MVMidiByteQueue& getLearnQueue() { return learnQueue; }
+    /** What the audio thread gives the display that shows: the left output. */
+    MVSignalFeed& getDisplayFeed() { return displayFeed; }
     double getMasterVolume() const;
     void setMasterVolume (double value);
 
@@ -127,16 +214,13 @@ public:
     std::atomic<int> midiByteCounter { 0 };
     /** Host notes for the keyboard, if they are to play. Audio thread. */
     void playNotes (const std::uint8_t* bytes, int count);
+    /** MIDI for whoever learns controllers. Audio thread. */
+    void learnMidi (const std::uint8_t* bytes, int count) { learnQueue.push (bytes, count); }
 
 private:
-    /** What the plug-in shows and stores as its patch. */
-    struct LoadedPatch
-    {
-        std::string name;
-        MVBankUuid bankUuid; ///< as restored, also where no such bank is known
-        int slot = -1;
-        SordelinPatchBytes stream; ///< kept for the next engine; null if nothing was loaded
-    };
+    /** What the plug-in shows and stores as its patch: the identity as restored, also where no such bank is known; the
+        stream is kept for the next engine and null if nothing was loaded. */
+    using LoadedPatch = SordelinBankShelf::Patch;
 
     void handleNoteOn (juce::MidiKeyboardState*, int channel, int key, float velocity) override;
     void handleNoteOff (juce::MidiKeyboardState*, int channel, int key, float velocity) override;
@@ -152,23 +236,33 @@ private:
     void refreshSlot (MVRenderEngine& running, int slot);
     std::uintptr_t beginLoad (const SordelinBankShelf::Patch& patch);
     void undoLoad (std::uintptr_t serial);
+    void showPatchImage (const SordelinPatchBytes& image);
     LoadedPatch getLoadedPatch() const;
     void applyCompressor (MVRenderEngine& running);
     void readCompressor (MVRenderEngine& running);
     void postCommand (int commandId);
+    SordelinState snapshotState();
+    void selectStoredPreset();
+    juce::File presetDirectory();
+    void loadPresetsForEngine();
+    void saveNewPreset (const juce::String& name);
+    void tellPresetNotWritten (const juce::File& file);
+    void removePreset (const juce::File& file);
 
     static void patchChanged (void* context, std::int64_t layer, std::uint64_t rendererId, std::uint64_t proxyId);
     static void patchLoadEnded (void* context, void* serial, int result, const char* message);
     static void controlChanged (void* context, std::uint64_t valueId, const double* value, int reserved);
-    void updateFromPatch();
+    void updateFromPatch (std::uint64_t proxyId);
     void finishLoad (std::uintptr_t serial, int result, const char* message);
 
+    const juce::File firstBankDirectory;
     mutable std::recursive_mutex shellLock;
     mutable std::shared_mutex engineGate; ///< shared while the engine is used, exclusive while it comes or goes
     std::unique_ptr<MVRenderEngine> engine;
     std::atomic<MVRenderEngine*> audioEngine { nullptr };
     std::atomic<std::uint64_t> partId { 0 };
     std::atomic<std::uint16_t> masterControlId { 0 };
+    std::atomic<std::uint64_t> acquiredProxyId { 0 }; ///< the snapshot that is kept acquired in the engine
     std::array<std::atomic<std::uint16_t>, hostParameterCount> slotControlIds {};
 
     SordelinState stateBlock;
@@ -177,17 +271,25 @@ private:
     std::atomic<double> compressorRollOff { 1.0 };
     std::atomic<double> preCompressionVolume { 1.0 };
     std::atomic<bool> patchJustLoaded { false };
+    std::atomic<int> visualiserMode { visualiserImage };
+    MVRenderStreamFormat engineFormat; ///< of the present engine
 
-    mutable std::mutex loadLock; ///< over these three
+    mutable std::mutex loadLock; ///< over these four
     LoadedPatch loadedPatch;
     LoadedPatch previousPatch; ///< what plays on if the load under way fails
     std::uintptr_t loadSerial = 0;
+    SordelinPatchBytes patchImage;
 
     SordelinPrompt prompt;
     SordelinBankShelf shelf { prompt };
+    SordelinSettings settings { shelf.getProperties() };
+    SordelinPresetList presets { shelf.getProperties() };
+    bool presetListLoaded = false;
     SordelinParameterTable parameterTable;
     juce::MidiKeyboardState keyboardState;
     SordelinHostNotes hostNotes { keyboardState };
+    MVMidiByteQueue learnQueue;
+    MVSignalFeed displayFeed;
     std::atomic<bool> playHostNotes { false };
     std::atomic<std::uint32_t> changedSlots { 0 };
     HostCallbacks host;

@@ -2,6 +2,7 @@
 // The parts of SordelinMainComponent that deal with stored states and with patches on their way into the engine.
 #include "plugin/SordelinMainComponent.h"
 
+#include "banks/SordelinPresetFile.h"
 #include "foundation/MVException.h"
 #include "foundation/MVMath.h"
 #include "foundation/MVResult.h"
@@ -65,6 +66,8 @@ void SordelinMainComponent::refreshState (MVRenderEngine& running)
     stateBlock.preCompressionVolume = preCompressionVolume;
     stateBlock.compressorRollOff = compressorRollOff;
     stateBlock.compressorThreshold = compressorThreshold;
+    stateBlock.visualiser = visualiserMode;
+    stateBlock.presetItem = presets.getSelected();
     running.getControlValue (masterControlId, &stateBlock.outputVolume);
 
     const auto patch = getLoadedPatch();
@@ -89,10 +92,10 @@ void SordelinMainComponent::refreshSlot (MVRenderEngine& running, int slot)
 void SordelinMainComponent::setState (const juce::MemoryBlock& bytes)
 {
     const std::lock_guard<std::recursive_mutex> scope (shellLock);
-    std::memset (static_cast<void*> (&stateBlock), 0, sizeof stateBlock);
-    if (bytes.getSize() > 0)
-        std::memcpy (static_cast<void*> (&stateBlock), bytes.getData(), std::min (bytes.getSize(), sizeof stateBlock));
+    stateBlock = SordelinPresetFile::fromBytes (bytes.getData(), bytes.getSize());
     stateHeld = true;
+    selectStoredPreset();
+    setVisualiser (stateBlock.visualiser);
     compressorThreshold = stateBlock.compressorThreshold;
     compressorRollOff = stateBlock.compressorRollOff;
     preCompressionVolume = stateBlock.preCompressionVolume;
@@ -175,7 +178,9 @@ bool SordelinMainComponent::loadPatch (int bank, int slot)
     try
     {
         SordelinBankShelf::Patch patch;
-        if (! shelf.readPatch (bank, slot, patch))
+        const bool found = shelf.readPatch (bank, slot, patch);
+        showPatchImage (patch.image);
+        if (! found)
             return false;
         serial = beginLoad (patch);
         patchJustLoaded = true;
@@ -220,8 +225,33 @@ std::uintptr_t SordelinMainComponent::beginLoad (const SordelinBankShelf::Patch&
 {
     const std::lock_guard<std::mutex> scope (loadLock);
     previousPatch = loadedPatch;
-    loadedPatch = { patch.name, patch.bankUuid, patch.slot, patch.stream };
+    loadedPatch = patch;
     return ++loadSerial;
+}
+
+void SordelinMainComponent::showPatchImage (const SordelinPatchBytes& image)
+{
+    {
+        const std::lock_guard<std::mutex> scope (loadLock);
+        patchImage = image;
+    }
+    postCommand (commandShowPatchImage);
+}
+
+SordelinPatchBytes SordelinMainComponent::getPatchImage() const
+{
+    const std::lock_guard<std::mutex> scope (loadLock);
+    return patchImage;
+}
+
+void SordelinMainComponent::loadSelectedPatch()
+{
+    int bank = -1;
+    int slot = -1;
+    if (shelf.takeSelection (bank, slot))
+        loadPatch (bank, slot);
+    else
+        prompt.tell ("Patch load failed", "Wrong number of patches.  Select only one.");
 }
 
 void SordelinMainComponent::undoLoad (std::uintptr_t serial)
@@ -246,6 +276,13 @@ void SordelinMainComponent::finishLoad (std::uintptr_t serial, int result, const
     undoLoad (serial);
     prompt.tell ("Patch load failed", message != nullptr ? message : "Error:  Unknown error loading patch.");
     postCommand (commandUpdateFromPatch);
+}
+
+void SordelinMainComponent::setPatchPlace (const MVBankUuid& bank, int slot)
+{
+    const std::lock_guard<std::mutex> scope (loadLock);
+    loadedPatch.bankUuid = bank;
+    loadedPatch.slot = slot;
 }
 
 SordelinMainComponent::LoadedPatch SordelinMainComponent::getLoadedPatch() const

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/SordelinMainView.h"
 
+#include "plugin/SordelinAboutBox.h"
 #include "plugin/SordelinMainComponent.h"
+#include "ui/MVColourPanel.h"
+#include "ui/MVMidiMappingList.h"
 
 namespace morvanelab
 {
@@ -9,53 +12,65 @@ namespace morvanelab
 namespace
 {
 
-constexpr int margin = 8;
-constexpr int headerHeight = 44;
-constexpr int keyboardHeight = 64;
-constexpr int labelHeight = 16;
-constexpr int mostInOneRow = 4;
-constexpr int slotsPerBank = 64;
-constexpr int playHostNotesItem = 1;
-constexpr int firstPatchItem = 100;
+// The window's fixed places, in pixels at 100 percent.
+constexpr int rightColumn = 305;
+constexpr int belowParameters = 45;
+constexpr int besideKeyboard = 310;
+constexpr int keyboardHeight = 43;
+constexpr int presetBarFromRight = 244;
+constexpr int presetBarTop = 3;
+constexpr int edge = 5;
+constexpr int stripHeight = 26;
 
-const juce::Colour backgroundColour { 0xFF24272C };
-const juce::Colour panelColour { 0xFF2E3238 };
-const juce::Colour titleColour { 0xFFE8A23D };
-const juce::Colour textColour { 0xFFD9D6CF };
-const juce::Colour trackColour { 0xFF4A5059 };
+constexpr int pollMilliseconds = 34;
+constexpr int storeMilliseconds = 500; ///< after the last change of size
+constexpr int tooltipDelay = 600;
 
-void colourKnob (juce::Slider& knob)
-{
-    knob.setColour (juce::Slider::rotarySliderFillColourId, titleColour);
-    knob.setColour (juce::Slider::rotarySliderOutlineColourId, trackColour);
-    knob.setColour (juce::Slider::thumbColourId, textColour);
-}
+const juce::Colour noKeyboardColour { 0xFF969696 };
 
 } // namespace
 
-SordelinMainView::SordelinMainView (SordelinMainComponent& owner) : main (owner), keyboard (owner.getKeyboardState())
+SordelinMainView::SordelinMainView (SordelinMainComponent& owner)
+    : SordelinMidiMapping (owner), MVMidiMappingComponent (static_cast<SordelinMidiMapping&> (*this)), main (owner),
+      menus (owner, *this), displayPanel (owner), midiPanel (owner, *this), ioPanel (owner),
+      parameterPanel (owner, *this), presetBar (owner), keyboard (owner.getKeyboardState()),
+      librarianModel (owner.getShelf().getBankManager(), owner.getPrompt()), librarian (librarianModel)
 {
     setOpaque (true);
-    patchButton.setTooltip ("Choose a patch");
-    patchButton.onClick = [this] { showPatchMenu(); };
-    addAndMakeVisible (patchButton);
+    shared->look.applyCustomColours (main.getSettings().getCustomLookAndFeel());
+    sizeLimits.setSizeLimits (smallestWidth, smallestHeight, largestWidth, largestHeight);
+    for (auto* panel : std::initializer_list<juce::Component*> { &displayPanel, &midiPanel, &ioPanel, &parameterPanel,
+                                                                 &presetBar, &keyboard })
+        addAndMakeVisible (panel);
+    keyboard.setComponentID ("KEYBOARD");
+    presetHeader.setComponentID ("PRESET HEADER");
+    presetHeader.setFont (themeFont (fontHeights::small, MVFontWeight::semiBold).withExtraKerningFactor (0.08F));
+    presetHeader.setColour (juce::Label::textColourId, themeColour (MVThemeColour::textDim));
+    presetHeader.setJustificationType (juce::Justification::centredRight);
+    presetHeader.setInterceptsMouseClicks (false, false);
+    addAndMakeVisible (presetHeader);
+    parameterPanel.onShowMappings = [this] { showMappings(); };
+    onMappingChanged = [this] { midiPanel.refresh(); };
+    makeButtons();
+    makeLibrarian();
+    addAndMakeVisible (corner);
+    setTooltipsShown (main.getSettings().getShowHelp());
 
-    colourKnob (volumeSlider);
-    volumeSlider.setRange (0.0, 1.0);
-    volumeSlider.setSkewFactorFromMidPoint (0.5);
-    volumeSlider.setTooltip ("Output Volume");
-    volumeSlider.onValueChange = [this] { main.setMasterVolume (volumeSlider.getValue()); };
-    addAndMakeVisible (volumeSlider);
-    makeParameterSliders();
-    addAndMakeVisible (keyboard);
-    for (auto* child : getChildren())
-    {
-        child->setWantsKeyboardFocus (false);
-        child->setMouseClickGrabsKeyboardFocus (false);
-    }
-
-    setSize (defaultWidth, defaultHeight);
+    main.getPrompt().setBoxMaker (
+        [this] (SordelinPrompt::Box box)
+        {
+            // A box may arrive when the window it was meant for has just gone.
+            if (isShowing())
+                boxes.show (std::move (box));
+            else
+                box.done (false, {});
+        });
+    const auto stored = main.getSettings().getDimensions();
+    setSize (stored.width > 0 ? stored.width : defaultWidth, stored.height > 0 ? stored.height : defaultHeight);
+    setZoom (main.getSettings().getZoom());
+    applyDimensionSettings (stored);
     updateFromPatch();
+    startedUp = true;
     // Commands are posted from other threads through a weak reference, whose making is not meant for two threads.
     const juce::WeakReference<juce::Component> primed { this };
     main.setCommandSink (this);
@@ -63,41 +78,141 @@ SordelinMainView::SordelinMainView (SordelinMainComponent& owner) : main (owner)
 
 SordelinMainView::~SordelinMainView()
 {
+    if (storeTimer.isTimerRunning())
+        storeDimensions();
     main.setCommandSink (nullptr);
     main.getPrompt().setShowing (false);
+    main.getPrompt().setBoxMaker (nullptr);
+    boxes.declineAll();
+    releaseChildCCReceivers();
+    onMappingChanged = nullptr;
 }
 
-void SordelinMainView::makeParameterSliders()
+void SordelinMainView::makeButtons()
 {
-    for (int slot = 0; slot < hostParameterCount; ++slot)
+    setUpControl (*this, menuButton, "Show Options Menu");
+    setUpControl (*this, helpButton, "Show Help Page");
+    setUpControl (*this, librarianButton, "Show Patch Librarian");
+    setUpControl (*this, previousButton, "Previous patch of the librarian's search");
+    setUpControl (*this, nextButton, "Next patch of the librarian's search");
+    setUpControl (*this, patchButton, "Choose a patch");
+    menuButton.onClick = [this] { showMenuOf (menuButton, menus.makeOptionsMenu(), &SordelinMenus::chooseOption); };
+    helpButton.onClick = [this] { showMenuOf (helpButton, menus.makeHelpMenu(), &SordelinMenus::chooseHelp); };
+    librarianButton.onClick = [this] { librarian.isVisible() ? librarian.close() : showLibrarian(); };
+    patchButton.onClick = [this] { showLibrarian(); };
+    previousButton.onClick = [this] { librarian.loadPreviousPatch(); };
+    nextButton.onClick = [this] { librarian.loadNextPatch(); };
+}
+
+void SordelinMainView::makeLibrarian()
+{
+    librarianModel.runAsking = [this] (std::function<void()> operation)
+    { main.getPrompt().runAsking (MVBankMgrComponent::windowTitle, std::move (operation)); };
+    librarianModel.onLoadedPatchMoved = [this] (const MVBankUuid& bank, int slot) { main.setPatchPlace (bank, slot); };
+    librarian.onLoad = [this] { main.loadSelectedPatch(); };
+    librarian.onLayoutChange = [this] { storeTimer.startTimer (storeMilliseconds); };
+    addChildComponent (librarian);
+    // Beside what chooses patches, which stays within reach.
+    librarian.setBounds (
+        juce::Rectangle<int> (rightColumn, 0, defaultWidth - besideKeyboard, defaultHeight)
+            .withSizeKeepingCentre (MVBankMgrComponent::defaultWidth, MVBankMgrComponent::defaultHeight));
+}
+
+void SordelinMainView::showMenuOf (juce::Component& button, juce::PopupMenu menu, void (SordelinMenus::*chosen) (int))
+{
+    menu.showMenuAsync (juce::PopupMenu::Options().withTargetComponent (button).withParentComponent (this),
+                        [view = juce::Component::SafePointer<SordelinMainView> (this), chosen] (int item)
+                        {
+                            if (view != nullptr)
+                                (view->menus.*chosen) (item);
+                        });
+}
+
+void SordelinMainView::openPanel (std::unique_ptr<juce::Component> content, bool takesKeys)
+{
+    overlay.show (*this, std::move (content), takesKeys);
+}
+
+void SordelinMainView::showAbout() { openPanel (std::make_unique<SordelinAboutBox>(), true); }
+
+void SordelinMainView::closePanel() { overlay.close(); }
+
+void SordelinMainView::showMappings()
+{
+    openPanel (std::make_unique<MVMidiMappingList> (*this, [this] (const MVKnob& knob)
+                                                    { return parameterPanel.nameOf (knob); }),
+               false);
+}
+
+void SordelinMainView::showColours()
+{
+    auto panel = std::make_unique<MVColourPanel>();
+    panel->setComponentID ("COLOUR PANEL");
+    panel->setSize (MVColourPanel::usualWidth, MVColourPanel::usualHeight);
+    panel->onChange = [this]
     {
-        const auto index = static_cast<std::size_t> (slot);
-        auto slider =
-            std::make_unique<juce::Slider> (juce::Slider::RotaryHorizontalVerticalDrag, juce::Slider::NoTextBox);
-        auto* knob = slider.get();
-        colourKnob (*knob);
-        knob->setRange (0.0, 1.0);
-        knob->onValueChange = [this, knob, slot] { main.setSlotValue (slot, knob->getValue()); };
-        knob->onDragStart = [this, slot]
-        {
-            if (main.getHostCallbacks().beginGesture)
-                main.getHostCallbacks().beginGesture (main.getParameterTable().patchToHost (slot));
-        };
-        knob->onDragEnd = [this, slot]
-        {
-            if (main.getHostCallbacks().endGesture)
-                main.getHostCallbacks().endGesture (main.getParameterTable().patchToHost (slot));
-        };
-        auto label = std::make_unique<juce::Label>();
-        label->setJustificationType (juce::Justification::centred);
-        label->setColour (juce::Label::textColourId, textColour);
-        label->setFont (juce::Font (12.0F));
-        label->setMinimumHorizontalScale (0.7F);
-        addChildComponent (*slider);
-        addChildComponent (*label);
-        paramSliders[index] = std::move (slider);
-        paramLabels[index] = std::move (label);
-    }
+        main.getSettings().setCustomLookAndFeel (MVLookAndFeel::customColoursAsXml());
+        applyColours();
+    };
+    openPanel (std::move (panel), false);
+}
+
+void SordelinMainView::applyColours()
+{
+    shared->look.refreshColours();
+    presetHeader.setColour (juce::Label::textColourId, themeColour (MVThemeColour::textDim));
+    sendLookAndFeelChange();
+    repaint();
+}
+
+void SordelinMainView::showLibrarian() { librarian.open(); }
+
+void SordelinMainView::setTooltipsShown (bool shown)
+{
+    main.getSettings().setShowHelp (shown);
+    tooltips = shown ? std::make_unique<juce::TooltipWindow> (this, tooltipDelay) : nullptr;
+}
+
+void SordelinMainView::setZoom (int percent)
+{
+    main.getSettings().setZoom (percent);
+    setTransform (juce::AffineTransform::scale (static_cast<float> (getZoom()) / 100.0F));
+}
+
+int SordelinMainView::getZoom() const { return main.getSettings().getZoom(); }
+
+SordelinSettings::Dimensions SordelinMainView::getDimensions() const
+{
+    SordelinSettings::Dimensions dimensions;
+    dimensions.width = getWidth();
+    dimensions.height = getHeight();
+    dimensions.librarianShown = librarian.isVisible();
+    dimensions.librarian = librarian.createSettings();
+    return dimensions;
+}
+
+void SordelinMainView::applyDimensionSettings (const SordelinSettings::Dimensions& dimensions)
+{
+    if (dimensions.width > 0 && dimensions.height > 0)
+        setSize (juce::jlimit (smallestWidth, largestWidth, dimensions.width),
+                 juce::jlimit (smallestHeight, largestHeight, dimensions.height));
+    if (dimensions.librarian != nullptr)
+        librarian.applySettings (*dimensions.librarian);
+    if (dimensions.librarianShown)
+        showLibrarian();
+}
+
+void SordelinMainView::takeHostSize (int width, int height)
+{
+    const int zoom = getZoom();
+    setSize (juce::jlimit (smallestWidth, largestWidth, width * 100 / zoom),
+             juce::jlimit (smallestHeight, largestHeight, height * 100 / zoom));
+}
+
+void SordelinMainView::storeDimensions()
+{
+    storeTimer.stopTimer();
+    main.getSettings().setDimensions (getDimensions());
 }
 
 void SordelinMainView::handleCommandMessage (int commandId)
@@ -105,17 +220,35 @@ void SordelinMainView::handleCommandMessage (int commandId)
     switch (commandId)
     {
         case commandUpdateFromPatch:
-        case commandStartUpComplete:
             updateFromPatch();
             break;
+        case commandStartUpComplete:
+            completeStartUp();
+            break;
         case commandUpdateChangedSliders:
-            updateChangedSliders();
+            parameterPanel.updateChangedSliders();
             break;
         case commandRefreshLayout:
             resized();
             break;
+        case commandApplyAppValues:
+            applyDimensionSettings (main.getSettings().getCustomAppValues());
+            break;
         case commandRepaintParameters:
-            repaint (parameterPanel);
+            parameterPanel.repaint();
+            break;
+        case commandRefreshBankList:
+            librarian.handleCommandMessage (MVBankMgrComponent::commandEngineReady);
+            break;
+        case commandUpdatePresets:
+            presetBar.refresh();
+            break;
+        case commandShowVisualiser:
+        case commandShowPatchImage:
+            displayPanel.refresh();
+            break;
+        case commandUpdateSettings:
+            midiPanel.refresh();
             break;
         default:
             repaint();
@@ -123,125 +256,162 @@ void SordelinMainView::handleCommandMessage (int commandId)
     }
 }
 
+void SordelinMainView::completeStartUp()
+{
+    librarian.handleCommandMessage (MVBankMgrComponent::commandEngineReady);
+    presetBar.refresh();
+    midiPanel.refresh();
+    updateFromPatch();
+}
+
 void SordelinMainView::updateFromPatch()
 {
     const auto& table = main.getParameterTable();
-    const auto patch = table.getPatch();
-    activeCount = table.getActiveCount();
     const auto name = main.getPatchName();
     patchButton.setButtonText (name.isEmpty() ? "-----" : name);
-    volumeSlider.setValue (main.getMasterVolume(), juce::dontSendNotification);
-
-    for (int slot = 0; slot < hostParameterCount; ++slot)
-    {
-        const auto index = static_cast<std::size_t> (slot);
-        const int hostIndex = table.patchToHost (slot);
-        auto& slider = *paramSliders[index];
-        slider.setVisible (hostIndex >= 0);
-        slider.setEnabled (hostIndex >= 0);
-        slider.setTooltip (main.getParameterText (hostIndex));
-        slider.setValue (main.getSlotValue (slot), juce::dontSendNotification);
-        paramLabels[index]->setVisible (hostIndex >= 0);
-        paramLabels[index]->setText (main.getParameterName (hostIndex), juce::dontSendNotification);
-    }
-    keyboard.setEnabled (patch.loaded && patch.hasKeyboardInput);
+    displayPanel.refresh();
+    ioPanel.refresh();
+    ioPanel.setInputUsed (table.readsHostInput());
+    parameterPanel.updateFromPatch();
+    const bool playable = table.isPatchLoaded() && table.hasKeyboardInput();
+    keyboard.setEnabled (playable);
+    keyboard.setVisible (playable);
+    librarian.setLoadedPatch (main.getPatchBank(), main.getPatchSlot());
     resized();
     repaint();
 }
 
-void SordelinMainView::updateChangedSliders()
+void SordelinMainView::visibilityChanged()
 {
-    const auto changed = main.takeChangedSlots();
-    for (unsigned slot = 0; slot < hostParameterCount; ++slot)
-        if ((changed & (1U << slot)) != 0 && ! paramSliders[slot]->isMouseButtonDown())
-            paramSliders[slot]->setValue (main.getSlotValue (static_cast<int> (slot)), juce::dontSendNotification);
+    MVMidiMappingComponent::visibilityChanged();
+    tellShowing();
+}
+
+void SordelinMainView::parentHierarchyChanged()
+{
+    MVMidiMappingComponent::parentHierarchyChanged();
+    tellShowing();
+}
+
+void SordelinMainView::tellShowing()
+{
+    const bool showing = isShowing();
+    main.getPrompt().setShowing (showing);
+    if (showing == pollTimer.isTimerRunning())
+        return;
+    if (showing)
+        pollTimer.startTimer (pollMilliseconds);
+    else
+        leaveNothingOpen();
+}
+
+void SordelinMainView::leaveNothingOpen()
+{
+    pollTimer.stopTimer();
+    juce::PopupMenu::dismissAllActiveMenus(); // those with a window of their own would stay
+    parameterPanel.endGestures();
+    boxes.declineAll();
+    overlay.close();
+    if (storeTimer.isTimerRunning())
+        storeDimensions();
 }
 
 void SordelinMainView::paint (juce::Graphics& graphics)
 {
-    graphics.fillAll (backgroundColour);
-    graphics.setColour (titleColour);
-    graphics.setFont (juce::Font (20.0F, juce::Font::bold));
-    graphics.drawText ("SORDELIN", margin, 0, 140, headerHeight, juce::Justification::centredLeft);
+    graphics.fillAll (themeColour (MVThemeColour::windowBackground));
+    drawIcon (graphics, MVIcon::wordmark, wordmarkArea.toFloat(), themeColour (MVThemeColour::accent));
+    if (keyboard.isVisible())
+        return;
+    const auto area = keyboard.getBounds();
+    graphics.setColour (noKeyboardColour);
+    graphics.fillRect (area);
+    graphics.setColour (themeColour (MVThemeColour::textOnKeyboardOff));
+    graphics.setFont (themeFont (fontHeights::normal));
+    constexpr int textInset = 10;
+    graphics.drawText (main.getParameterTable().isPatchLoaded() ? "Loaded patch not keyboard enabled."
+                                                                : "No patch loaded: choose one in the librarian.",
+                       area.withTrimmedLeft (textInset), juce::Justification::centredLeft);
+}
 
-    graphics.setColour (panelColour);
-    graphics.fillRoundedRectangle (parameterPanel.toFloat(), 5.0F);
-    graphics.setColour (textColour);
-    graphics.setFont (juce::Font (12.0F));
-    graphics.drawText ("PARAMETERS", parameterPanel.reduced (margin, 4), juce::Justification::topLeft);
-    if (activeCount == 0)
-        graphics.drawText ("(No Parameters)", parameterPanel, juce::Justification::centred);
+void SordelinMainView::paintOverChildren (juce::Graphics& graphics)
+{
+    if (! dropOffered)
+        return;
+    graphics.setColour (themeColour (MVThemeColour::accent));
+    graphics.drawRect (getLocalBounds(), 3);
 }
 
 void SordelinMainView::resized()
 {
-    auto area = getLocalBounds();
-    auto header = area.removeFromTop (headerHeight);
-    volumeSlider.setBounds (header.removeFromRight (headerHeight + margin).reduced (2));
-    patchButton.setBounds (header.withTrimmedLeft (150).reduced (margin, 8));
-    keyboard.setBounds (area.removeFromBottom (keyboardHeight + margin).reduced (margin, 0).withTrimmedBottom (margin));
-    parameterPanel = area.reduced (margin, 0).withTrimmedBottom (margin);
-    layOutParameters (parameterPanel.withTrimmedTop (labelHeight + 2));
+    const int width = getWidth();
+    const int height = getHeight();
+    parameterPanel.setBounds (rightColumn, 0, width - besideKeyboard, height - belowParameters);
+    presetBar.setBounds (width - presetBarFromRight, presetBarTop, SordelinPresetBar::width, SordelinPresetBar::height);
+    constexpr int presetHeaderWidth = 70;
+    presetHeader.setBounds (width - presetBarFromRight - presetHeaderWidth, 0, presetHeaderWidth,
+                            metrics::sectionHeader);
+    keyboard.setBounds (rightColumn, height - belowParameters + 1, width - besideKeyboard, keyboardHeight);
+    layOutLeft ({ edge, 0, rightColumn - 2 * edge, height - 1 });
+    constexpr int cornerSize = 14;
+    corner.setBounds (width - cornerSize, height - cornerSize, cornerSize, cornerSize);
+    overlay.setBounds (getLocalBounds());
+    boxes.fit();
+    librarian.setBounds (librarian.getBounds().constrainedWithin (getLocalBounds()));
+    if (startedUp)
+        storeTimer.startTimer (storeMilliseconds);
 }
 
-void SordelinMainView::layOutParameters (juce::Rectangle<int> panel)
+void SordelinMainView::layOutLeft (juce::Rectangle<int> area)
 {
-    if (activeCount == 0)
-        return;
-    const int rows = activeCount > mostInOneRow ? 2 : 1;
-    const int columns = (activeCount + rows - 1) / rows;
-    const int cellWidth = panel.getWidth() / columns;
-    const int cellHeight = panel.getHeight() / rows;
-    const double largest = panel.getHeight() * (rows == 1 ? 0.6 : 0.4);
-    const int size = juce::roundToInt (0.9 * juce::jmin (static_cast<double> (cellWidth), largest));
+    auto top = area.removeFromTop (stripHeight + 2).reduced (0, 2);
+    constexpr int helpWidth = 48;
+    constexpr int menuWidth = 72;
+    helpButton.setBounds (top.removeFromRight (helpWidth));
+    top.removeFromRight (metrics::gap);
+    menuButton.setBounds (top.removeFromRight (menuWidth));
+    wordmarkArea = top.withTrimmedRight (metrics::gap).reduced (0, 1);
 
-    int position = 0;
-    for (std::size_t slot = 0; slot < paramSliders.size(); ++slot)
-    {
-        if (! paramSliders[slot]->isEnabled())
-            continue;
-        auto cell = juce::Rectangle<int> (panel.getX() + position % columns * cellWidth,
-                                          panel.getY() + position / columns * cellHeight, cellWidth, cellHeight);
-        paramLabels[slot]->setBounds (cell.removeFromBottom (labelHeight));
-        paramSliders[slot]->setBounds (cell.withSizeKeepingCentre (size, juce::jmin (size, cell.getHeight())));
-        ++position;
-    }
+    auto patch = area.removeFromTop (stripHeight).reduced (0, 1);
+    constexpr int arrowWidth = 26;
+    constexpr int librarianWidth = 34;
+    previousButton.setBounds (patch.removeFromLeft (arrowWidth));
+    patch.removeFromLeft (2);
+    librarianButton.setBounds (patch.removeFromRight (librarianWidth));
+    patch.removeFromRight (2);
+    nextButton.setBounds (patch.removeFromRight (arrowWidth));
+    patch.removeFromRight (2);
+    patchButton.setBounds (patch);
+
+    constexpr int gap = 4;
+    area.removeFromTop (gap);
+    ioPanel.setBounds (area.removeFromBottom (SordelinIoPanel::height));
+    area.removeFromBottom (gap);
+    midiPanel.setBounds (area.removeFromBottom (SordelinMidiPanel::height));
+    area.removeFromBottom (gap);
+    displayPanel.setBounds (area);
 }
 
-void SordelinMainView::showPatchMenu()
+bool SordelinMainView::isInterestedInDragSource (const SourceDetails& details)
 {
-    juce::PopupMenu menu;
-    const auto banks = main.getShelf().listBanks();
-    for (std::size_t bank = 0; bank < banks.size(); ++bank)
-    {
-        juce::PopupMenu slots;
-        for (int slot = 0; slot < slotsPerBank; ++slot)
-        {
-            const auto& name = banks[bank].slots[static_cast<std::size_t> (slot)];
-            if (! name.empty())
-                slots.addItem (firstPatchItem + static_cast<int> (bank) * slotsPerBank + slot,
-                               juce::String::fromUTF8 (name.c_str()));
-        }
-        menu.addSubMenu (juce::String::fromUTF8 (banks[bank].title.c_str()), slots);
-    }
-    menu.addSeparator();
-    menu.addItem (playHostNotesItem, "Play host notes", true, main.isPlayingHostNotes());
-    menu.showMenuAsync (juce::PopupMenu::Options().withTargetComponent (patchButton).withParentComponent (this),
-                        [view = juce::Component::SafePointer<SordelinMainView> (this)] (int item)
-                        {
-                            if (view != nullptr && item != 0)
-                                view->choosePatch (item);
-                        });
+    return details.description.toString() == MVBankItemSelectComponent::patchDragId;
 }
 
-void SordelinMainView::choosePatch (int menuItem)
+void SordelinMainView::itemDragEnter (const SourceDetails&)
 {
-    if (menuItem == playHostNotesItem)
-        main.setPlayHostNotes (! main.isPlayingHostNotes());
-    else
-        main.loadPatch ((menuItem - firstPatchItem) / slotsPerBank, (menuItem - firstPatchItem) % slotsPerBank);
+    dropOffered = true;
+    repaint();
 }
 
-void SordelinMainView::tellShowing() { main.getPrompt().setShowing (isShowing()); }
+void SordelinMainView::itemDragExit (const SourceDetails&)
+{
+    dropOffered = false;
+    repaint();
+}
+
+void SordelinMainView::itemDropped (const SourceDetails& details)
+{
+    itemDragExit (details);
+    main.loadSelectedPatch();
+}
 
 } // namespace morvanelab

@@ -62,6 +62,17 @@ TEST_F (BankFile, createdAtOnceEqualsTheOneWrittenByHandAndTheOneBuiltStepByStep
 
 TEST_F (BankFile, validatesAndRepairsByTheCounts)
 {
+    const HandCompartment emptyMeta { "pmta", 2, handEmptyMeta() };
+    const HandCompartment emptyPatch { "pdat", 1, { 0 } };
+    const auto slots = [&] (std::size_t metas, std::size_t patches)
+    {
+        std::vector<HandCompartment> result (metas, emptyMeta);
+        result.insert (result.end(), patches, emptyPatch);
+        return result;
+    };
+    auto everything = slots (64, 64);
+    everything.insert (everything.begin(), { "meta", 2, handEmptyMeta() });
+
     struct
     {
         const char* what;
@@ -71,8 +82,12 @@ TEST_F (BankFile, validatesAndRepairsByTheCounts)
         bool goodAfter;
     } const cases[] {
         { "whole", handBank(), {}, true, true },
-        { "63 of each", handBank (1, 63, 63), { { "pmta", 2, handEmptyMeta() }, { "pdat", 1, { 0 } } }, false, true },
-        { "one patch short", handBank (1, 64, 63), { { "pdat", 1, { 0 } } }, false, true },
+        { "nothing", {}, everything, false, true },
+        { "no slots", handBank (1, 0, 0), slots (64, 64), false, true },
+        { "patches without metadata", handBank (1, 0, 64), slots (64, 0), false, true },
+        { "few slots", handBank (1, 2, 5), slots (62, 59), false, true },
+        { "63 of each", handBank (1, 63, 63), slots (1, 1), false, true },
+        { "one patch short", handBank (1, 64, 63), slots (0, 1), false, true },
         { "no metadata", handBank (0), { { "meta", 2, handEmptyMeta() } }, false, true },
         { "two metadata", handBank (2), {}, false, false },
         { "70 patches", handBank (1, 64, 70), {}, false, false },

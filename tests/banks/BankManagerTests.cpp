@@ -209,27 +209,79 @@ TEST_F (BankManager, dropsBanksThatCannotBeLoadedAndSaysSo)
     }
 }
 
-TEST_F (BankManager, asksBeforeItPurgesACorruptList)
+TEST_F (BankManager, loadsADamagedBankAfterItsRepair)
+{
+    addBoth();
+    const auto uuid = manager.getBankUuid (0);
+    writeBytes (first, handContainer (handBank (1, 64, 63)));
+    prompt.answer = true;
+    EXPECT_TRUE (manager.loadBanks());
+    EXPECT_EQ (prompt.asked.size(), 1u);
+    EXPECT_EQ (manager.findBankByUuid (uuid), 0);
+    EXPECT_EQ (readBytes (first), handContainer (handBank()));
+}
+
+TEST_F (BankManager, neitherDeletesNorOverwritesACorruptListWithoutAYes)
 {
     addBoth();
     const Bytes good = readBytes (list);
-    Bytes corrupt = good;
     // The last bank's selected flag, before three trailers: only the checksum can tell.
-    corrupt[good.size() - 13] ^= 1;
+    Bytes flipped = good;
+    flipped[good.size() - 13] ^= 1;
+    const Bytes backupBefore = readBytes (backup);
 
-    for (const bool answer : { false, true })
+    for (const auto& corrupt : { flipped, Bytes (good.begin(), good.end() - 9), Bytes { 7 },
+                                 handChunk ("ptch", {}, {}, true), handContainer (handBank()) })
     {
         writeBytes (list, corrupt);
+        writeBytes (backup, backupBefore);
         prompt = {};
-        prompt.answer = answer;
         EXPECT_FALSE (manager.loadBanks());
         EXPECT_EQ (prompt.asked, Boxes { corruptBox });
         EXPECT_EQ (prompt.told, Boxes { someFailed });
         EXPECT_EQ (manager.getBankCount(), 0);
-        EXPECT_EQ (readBytes (list), handChunk ("bmgr", {}, {}, true));
-        // A purged list is gone; one that is kept can still be found in the backup.
-        EXPECT_EQ (readBytes (backup), answer ? Bytes() : corrupt);
+
+        // A refused list stays, whatever is done to the banks, and each save asks again.
+        EXPECT_FALSE (manager.addBankFile (0, first));
+        EXPECT_EQ (prompt.asked, (Boxes { corruptBox, corruptBox }));
+        EXPECT_EQ (prompt.told, (Boxes { someFailed, notSaved }));
+        EXPECT_EQ (manager.getBankCount(), 1);
+        EXPECT_EQ (readBytes (list), corrupt);
+        EXPECT_EQ (readBytes (backup), backupBefore);
+
+        prompt.answer = true;
+        EXPECT_TRUE (manager.saveBanks());
+        EXPECT_EQ (readBytes (list),
+                   handChunk ("bmgr", { handBankForm (manager.getBankUuid (0), first, false) }, {}, true));
+        EXPECT_EQ (readBytes (backup), corrupt);
     }
+}
+
+TEST_F (BankManager, keepsWhatItPurges)
+{
+    const Bytes corrupt { 1, 2, 3 };
+    writeBytes (list, corrupt);
+    prompt.answer = true;
+    EXPECT_FALSE (manager.loadBanks());
+    EXPECT_EQ (prompt.asked, Boxes { corruptBox });
+    EXPECT_EQ (prompt.told, Boxes { someFailed });
+    EXPECT_EQ (readBytes (list), handChunk ("bmgr", {}, {}, true));
+    EXPECT_EQ (readBytes (backup), corrupt);
+    EXPECT_TRUE (manager.addBankFile (0, first));
+    EXPECT_EQ (readBytes (backup), corrupt);
+
+    // The same, answered later. Nothing is purged that cannot be kept.
+    writeBytes (list, corrupt);
+    backup.deleteFile();
+    backup.getChildFile ("in the way").create();
+    EXPECT_TRUE (manager.isListDamaged());
+    EXPECT_FALSE (manager.purgeDamagedList());
+    EXPECT_EQ (readBytes (list), corrupt);
+    backup.deleteRecursively();
+    EXPECT_TRUE (manager.purgeDamagedList());
+    EXPECT_FALSE (manager.isListDamaged() || manager.purgeDamagedList());
+    EXPECT_EQ (readBytes (backup), corrupt);
+    EXPECT_EQ (list.getSize(), 0);
 }
 
 TEST_F (BankManager, survivesHostileLists)

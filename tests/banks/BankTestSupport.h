@@ -41,6 +41,11 @@ public:
         asked.push_back (title + "|" + text);
         return answer;
     }
+    void askText (const std::string& title, const std::string&, const std::string&, TextAnswer textAnswer) override
+    {
+        asked.push_back (title);
+        textAnswer (std::nullopt);
+    }
 
     bool answer = false;
     std::vector<std::string> told;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "banks/BankTestSupport.h"
+#include "banks/DiskTrouble.h"
 
 #include "banks/MVContainerFormat.h"
 #include "banks/MVFilePacker.h"
@@ -8,10 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 #include <functional>
-#include <sys/resource.h>
 
 using namespace morvanelab;
 using namespace morvanelab::test;
@@ -62,27 +61,6 @@ protected:
     {
         return packer.writeCompartment (type, index, compartmentRaw, toBlock (bytes), insert);
     }
-};
-
-/** Lets no file grow beyond a number of bytes, as a full disk would. */
-class FullDisk
-{
-public:
-    explicit FullDisk (int bytes) : formerHandler (std::signal (SIGXFSZ, SIG_IGN))
-    {
-        getrlimit (RLIMIT_FSIZE, &former);
-        const rlimit limit { static_cast<rlim_t> (bytes), former.rlim_max };
-        setrlimit (RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit (RLIMIT_FSIZE, &former);
-        std::signal (SIGXFSZ, formerHandler);
-    }
-
-private:
-    rlimit former {};
-    void (*formerHandler) (int);
 };
 
 } // namespace

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "banks/BankTestSupport.h"
+#include "banks/DiskTrouble.h"
 
 #include "banks/MVAppPersistentProps.h"
 #include "banks/MVBankFileManager.h"
+#include "banks/MVPropertiesFile.h"
 
 #include <juce_events/juce_events.h>
 
@@ -171,6 +173,111 @@ TEST_F (PersistentProps, leadToTheListOfBanks)
     const auto other = folder.file ("other");
     props.setString ("banks_path", other.getFullPathName());
     EXPECT_EQ (MVBankFileManager::findManagerFile (props), other.getChildFile ("Sordelin_Banks.mv_bankmgr"));
+}
+
+TEST_F (PersistentProps, keepWhatAnotherProcessHasStored)
+{
+    MVAppPersistentProps props;
+    props.setString ("ours", "1");
+    props.setString ("both", "1");
+    props.flush();
+    props.setString ("unsaved", "1");
+
+    // Another one of the same file, which knows nothing of the first: so it is in two processes.
+    const auto storeElsewhere = [&] (const char* key, const char* value)
+    { MVPropertiesFile (propsFile, -1).setValue (key, value); };
+    storeElsewhere ("theirs", "2");
+    storeElsewhere ("both", "2");
+    EXPECT_EQ (props.getString ("both"), "2");
+    EXPECT_EQ (props.getString ("unsaved"), "1");
+    // Set to what it was here before they changed it, it is a change all the same.
+    storeElsewhere ("ours", "2");
+    props.setString ("ours", "1");
+    props.flush();
+
+    const auto xml = juce::parseXML (propsFile);
+    juce::String stored;
+    for (const auto* element : xml->getChildIterator())
+        stored << element->getStringAttribute ("name") << element->getStringAttribute ("val") << " ";
+    EXPECT_EQ (stored, "ours1 both2 theirs2 unsaved1 ");
+}
+
+TEST_F (PersistentProps, keepADamagedFileAside)
+{
+    const auto backup = home.getChildFile ("MorvaneLab_Sordelin_1_bak.props");
+    const std::string head = "<?xml version=\"1.0\"?><!-- by hand -->\n";
+    std::string deep = head + "<PROPERTIES>";
+    for (int i = 0; i < 200000; ++i)
+        deep += "<a b='/>'>";
+    const auto valueOf = [] (const std::string& value)
+    { return "<PROPERTIES><VALUE name='k' " + value + "</PROPERTIES>"; };
+
+    struct
+    {
+        const char* what;
+        std::string text;
+        const char* value;
+        bool damaged;
+    } const cases[] {
+        { "attribute", head + valueOf ("val='a &lt;&#10;b'/>"), "a <\nb", false },
+        { "element, as other programs store it", valueOf ("><x y='1'><z/></x></VALUE>"), "<x y=\"1\"><z/></x>", false },
+        { "empty", "", "", false },
+        { "cut short", head + "<PROPERTIES><VALUE name='k' val='v'/>", "", true },
+        { "another document", "<x/>", "", true },
+        { "no document", "k = v", "", true },
+        { "nested without end", deep, "", true },
+        { "entities that call one another",
+          "<!DOCTYPE x [<!ENTITY a '&b;'><!ENTITY b '&a;'>]>" + valueOf ("val='&a;'/>"), "", true },
+    };
+
+    for (const auto& each : cases)
+    {
+        const Bytes bytes (each.text.begin(), each.text.end());
+        home.deleteRecursively();
+        home.createDirectory();
+        writeBytes (propsFile, bytes);
+        {
+            MVAppPersistentProps props;
+            EXPECT_EQ (props.getString ("k"), each.value) << each.what;
+            EXPECT_EQ (readBytes (propsFile), bytes) << each.what;
+            props.setString ("new", "1");
+        }
+        EXPECT_EQ (readBytes (backup), each.damaged ? bytes : Bytes()) << each.what;
+        const MVAppPersistentProps again;
+        EXPECT_EQ (again.getString ("k") + again.getString ("new"), juce::String (each.value) + "1") << each.what;
+    }
+}
+
+TEST_F (PersistentProps, loseNothingWhenTheyCannotBeSaved)
+{
+    MVAppPersistentProps props;
+    props.setString ("k", "1");
+    props.flush();
+    const Bytes before = readBytes (propsFile);
+    props.setString ("k", juce::String::repeatedString ("x", 3000));
+    for (const int room : { 0, 100 })
+    {
+        const FullDisk disk (room);
+        props.flush();
+        EXPECT_EQ (readBytes (propsFile), before);
+    }
+    props.flush();
+    EXPECT_GT (propsFile.getSize(), 3000);
+    EXPECT_EQ (home.getNumberOfChildFiles (juce::File::findFilesAndDirectories), 1);
+}
+
+TEST_F (PersistentProps, giveEveryTextBackAsItWas)
+{
+    const juce::String texts[] { "<a b='1'/>", "<?xml version=\"1.0\"?>\n<a>\n  <b/></a>\n",    " \t\r\n ", "",
+                                 "&amp;\"'<>", juce::String::fromUTF8 ("\x01 \xf0\x9f\x8e\xb9") };
+    {
+        MVAppPersistentProps props;
+        for (const auto& text : texts)
+            props.setString ("key" + juce::String (text.hashCode()), text);
+    }
+    const MVAppPersistentProps props;
+    for (const auto& text : texts)
+        EXPECT_EQ (props.getString ("key" + juce::String (text.hashCode())), text);
 }
 
 TEST_F (PersistentProps, savesByItselfAfterThreeSeconds)

@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -247,6 +248,28 @@ TEST (BlockMath, rampsStopOneStepBeforeTheirEnd)
                in);
 }
 
+TEST (BlockMath, constantMeansEverySampleIsTheFirst)
+{
+    for (const int frames : { 1, 2, 7, 64, 256 })
+    {
+        Values block (static_cast<std::size_t> (frames), -0.5);
+        EXPECT_TRUE (blockIsConstant (block.data(), frames));
+        for (std::size_t i = 0; i < block.size() && frames > 1; ++i)
+        {
+            block[i] = -0.25;
+            EXPECT_FALSE (blockIsConstant (block.data(), frames)) << i << " of " << frames;
+            block[i] = -0.5;
+        }
+    }
+
+    const Values zeros { 0.0, -0.0, 0.0 };
+    const Values unusual { nan, nan };
+    EXPECT_TRUE (blockIsConstant (zeros.data(), 3));
+    EXPECT_TRUE (blockIsConstant (zeros.data(), 0));
+    EXPECT_FALSE (blockIsConstant (unusual.data(), 2));
+    EXPECT_FALSE (blockIsConstant (unusual.data(), 1));
+}
+
 TEST (BlockMath, peakAndLevel)
 {
     for (const int frames : { 1, 3, 4, 7, 64 })
@@ -331,6 +354,29 @@ TEST (SurroundMixer, panAndGainRamp)
         EXPECT_DOUBLE_EQ (channels[0][i], std::sqrt (1.0 - p) * gain);
         EXPECT_DOUBLE_EQ (channels[1][i], std::sqrt (p) * gain);
     }
+}
+
+TEST (SurroundMixer, aSteadyPanSoundsBitForBitAsOneLookedUpPerSample)
+{
+    test::TestRandom random (8);
+    Values signal (256);
+    for (double& sample : signal)
+        sample = random.between (-1.0, 1.0);
+
+    for (const double position : { 0.0, -0.0, 0.25, 0.3, 1.0, -0.5, 7.0, 1.0e-320, infinity, nan })
+        for (const double scale : { 1.0, -0.0, 0.7, -2.0, infinity })
+        {
+            const Values steady (256, position);
+            Values moving = steady;
+            moving.back() = 0.123; // one sample that differs, so that every one is looked up
+            const auto fast = mix (2, signal, steady, scale, scale, 0.1, 0.9);
+            const auto slow = mix (2, signal, moving, scale, scale, 0.1, 0.9);
+            for (std::size_t channel = 0; channel < 2; ++channel)
+                for (std::size_t i = 0; i < 255; ++i)
+                    ASSERT_EQ (std::bit_cast<std::uint64_t> (fast[channel][i]),
+                               std::bit_cast<std::uint64_t> (slow[channel][i]))
+                        << position << " * " << scale << " at " << i;
+        }
 }
 
 TEST (SurroundMixer, otherChannelCounts)

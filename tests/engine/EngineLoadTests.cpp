@@ -398,10 +398,12 @@ TEST (EngineLoad, manyThreadsAtOnce)
         [&]
         {
             TestRandom random (3);
-            MVPatchSummary summary;
+            MVPatchAccessorProxy accessor;
             while (! stop.load())
             {
-                rig.engine.getPatchSummary (rig.part, 0, summary);
+                const auto snapshot = rig.engine.createPatchProxy (rig.part, 0);
+                if (rig.engine.acquirePatchAccessor (snapshot, &accessor) == 1)
+                    rig.engine.releasePatchAccessor (snapshot);
                 rig.engine.setCompressorThreshold (rig.part, random.between (0.2, 0.9));
                 rig.engine.getPatchData (rig.part, 0);
                 rig.engine.getParameterManager().setControl (random.below (32),

@@ -377,33 +377,25 @@ TEST (PatchRendererControls, identifiersAreTakenNamedAndGivenBack)
     EXPECT_EQ (renderer.getVolumeControl(), nullptr);
 }
 
-TEST (PatchRendererControls, useNamesAndKeyboardOfThePresentPatch)
+TEST (PatchRendererControls, useAndNamesOfThePresentPatch)
 {
     PatchBuilder patch;
-    patch.names = { "Cutoff" };
-    patch.descriptions = { "Where the filter lies" };
     const int out = patch.node (PatchBuilder::output);
     patch.node (PatchBuilder::midiKeyIn);
     patch.inputEntry (out, 1, 1.0, 7);
 
     RendererRig rig (4, false);
-    EXPECT_FALSE (rig.renderer->hasKeyboardInput (0));
     rig.load (patch.tree());
     EXPECT_TRUE (rig.renderer->isParameterInUse (7));
     EXPECT_FALSE (rig.renderer->isParameterInUse (6));
     EXPECT_FALSE (rig.renderer->isParameterInUse (16));
     EXPECT_FALSE (rig.renderer->isParameterInUse (-1));
-    EXPECT_TRUE (rig.renderer->hasKeyboardInput (0));
-    EXPECT_STREQ (rig.renderer->getVariableName (0, 0)->text(), "Cutoff");
-    EXPECT_STREQ (rig.renderer->getVariableDesc (0, 0)->text(), "Where the filter lies");
     EXPECT_EQ (rig.renderer->getPatchData (0)->countChildren (fourCC ("op  ")), 2);
     rig.renderer->setId (12);
     EXPECT_STREQ (rig.renderer->getLayerName (2)->text(), "Sub patch 12 - Layer 2");
 
     rig.load (constantPatch (1.0));
     EXPECT_FALSE (rig.renderer->isParameterInUse (7));
-    EXPECT_FALSE (rig.renderer->hasKeyboardInput (0));
-    EXPECT_STREQ (rig.renderer->getVariableName (0, 0)->text(), "");
 }
 
 TEST (PatchRendererStress, thousandChangesUnderHeldNotesStayFreeOfClicks)
@@ -478,7 +470,9 @@ TEST (PatchRendererStress, loadsNotesAndBlocksOfThreeThreads)
                     rig.renderer->noteOff (key);
                 if (random.chance (0.01))
                     rig.renderer->killAllVoices();
-                rig.renderer->getVariableName (0, 0);
+                const std::uint64_t snapshot = rig.renderer->createPatchProxy (random.below (4));
+                if (random.chance (0.5) && rig.renderer->acquirePatchProxy (snapshot) != nullptr)
+                    rig.renderer->releasePatchProxy (snapshot);
                 rig.renderer->isLayerLoaded (0);
                 std::this_thread::yield();
             }

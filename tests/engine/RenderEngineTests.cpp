@@ -368,9 +368,7 @@ TEST (RenderEngine, reconfiguringKeepsThePartAndItsPatch)
     rig.engine.setControlValue (rig.engine.getVolumeControlId (rig.part), 1.0);
     rig.engine.waitForPendingWork (5.0);
 
-    MVPatchSummary summary;
-    EXPECT_EQ (rig.engine.getPatchSummary (rig.part, 0, summary), 1);
-    EXPECT_TRUE (summary.loaded);
+    EXPECT_TRUE (rig.engine.getPatchData (rig.part, 0));
     rig.engine.noteOn (rig.part, 69, 1.0);
     rig.render (9600);
 
@@ -381,29 +379,6 @@ TEST (RenderEngine, reconfiguringKeepsThePartAndItsPatch)
         if (sound[i - 1] < 0.0f && sound[i] >= 0.0f)
             ++crossings;
     EXPECT_NEAR (crossings, 44, 1);
-}
-
-TEST (RenderEngine, summaryShowsWhatThePatchIs)
-{
-    EngineRig rig;
-    MVPatchSummary summary;
-    EXPECT_EQ (rig.engine.getPatchSummary (42, 0, summary), 12);
-    EXPECT_EQ (rig.engine.getPatchSummary (rig.part, 0, summary), 1);
-    EXPECT_FALSE (summary.loaded);
-
-    PatchBuilder patch = keyedPatch();
-    patch.names = { "", "", "", "Brightness" };
-    ASSERT_EQ (rig.load (patch), 1);
-    rig.engine.getPatchSummary (rig.part, 0, summary);
-    EXPECT_TRUE (summary.loaded);
-    EXPECT_TRUE (summary.hasKeyboardInput);
-    EXPECT_EQ (summary.numOperators, 4);
-    EXPECT_EQ (summary.variables[3].name, "Brightness");
-
-    ASSERT_EQ (rig.load (sinePatch (100.0)), 1);
-    rig.engine.getPatchSummary (rig.part, 0, summary);
-    EXPECT_FALSE (summary.hasKeyboardInput);
-    EXPECT_EQ (summary.variables[3].name, "");
 }
 
 } // namespace morvanelab::test

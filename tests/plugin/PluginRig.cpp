@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/PluginRig.h"
 
-#include "banks/MVBankFile.h"
-#include "engine/MVPatchText.h"
 #include "host/BankList.h"
 #include "host/LevelReport.h"
 
@@ -10,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
 namespace morvanelab::test
 {
@@ -19,46 +16,6 @@ namespace
 {
 
 constexpr const char* bankName = "Rig.mv_onbank";
-
-constexpr const char* sinePatch = R"({ "format": "sordelin-patch",
-  "metadata": { "name": "Rig Sine" },
-  "parameters": [ { "name": "Level", "description": "How loud the sine is" },
-                  { "name": "Unused", "description": "Nobody listens" },
-                  { "name": "", "description": "" } ],
-  "operators": [
-    { "name": "key", "operator": "Midi Key In" },
-    { "name": "sine", "operator": "Oscillator", "parameters": { "Function Type": "Sine" },
-      "inputs": { "Frequency Signal": { "from": "key", "output": "Output Pitch in Hz" } } },
-    { "name": "level", "operator": "Product", "settings": { "inputCount": 3 },
-      "inputs": { "#0": { "from": "sine", "control": "Level" },
-                  "#1": { "from": "key", "output": "Output Midi Key Velocity" },
-                  "#2": { "from": "one", "control": 2 } } },
-    { "name": "one", "operator": "Constant", "parameters": { "value": 1.0 } },
-    { "name": "out", "operator": "Output", "inputs": { "CH 0 Panned Mix Input": "level" } } ] })";
-
-constexpr const char* squarePatch = R"({ "format": "sordelin-patch",
-  "metadata": { "name": "Rig Square" },
-  "operators": [
-    { "name": "key", "operator": "Midi Key In" },
-    { "name": "square", "operator": "Oscillator", "parameters": { "Function Type": "Square" },
-      "inputs": { "Frequency Signal": { "from": "key", "output": "Output Pitch in Hz", "scale": 2.0 } } },
-    { "name": "level", "operator": "Product", "settings": { "inputCount": 2 },
-      "inputs": { "#0": { "from": "square", "scale": 0.25 },
-                  "#1": { "from": "key", "output": "Output Midi Key Velocity" } } },
-    { "name": "out", "operator": "Output", "inputs": { "CH 0 Panned Mix Input": "level" } } ] })";
-
-constexpr const char* inputPatch = R"({ "format": "sordelin-patch",
-  "metadata": { "name": "Rig Input" },
-  "operators": [
-    { "name": "in", "operator": "Input" },
-    { "name": "out", "operator": "Output", "inputs": { "CH 0 Panned Mix Input": { "from": "in", "output": "#0" } } } ] })";
-
-void putPatch (MVBankFile& bank, int slot, const char* text)
-{
-    const auto compiled = MVPatchText::compile (text, "rig");
-    bank.setPatchData (slot, MVBankFile::packSlot (compiled.patch->packToBlock (true)));
-    bank.setPatchMeta (slot, compiled.metadata);
-}
 
 } // namespace
 
@@ -71,27 +28,9 @@ PluginRig::PluginRig (const RigSettings& settings)
     std::filesystem::create_directories (folder.path() / "vst");
     std::filesystem::create_directories (folder.path() / "home");
     std::filesystem::copy_file (SORDELIN_PLUGIN_FILE, folder.path() / "vst" / "iSordelin64.so");
-    writeSettings (settings);
-    writeBank();
+    writeRigSettings (folder.path() / "home", settings);
+    writeRigBank (folder.path() / "vst" / bankName);
     plugin = std::make_unique<host::VstLibrary> (folder.file ("vst/iSordelin64.so"));
-}
-
-void PluginRig::writeSettings (const RigSettings& settings) const
-{
-    std::ofstream file (folder.path() / "home" / "MorvaneLab_Sordelin_1.props");
-    file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<PROPERTIES>\n"
-         << "<VALUE name=\"play_host_notes\" val=\"" << settings.playHostNotes << "\"/>\n"
-         << "<VALUE name=\"play_mode\" val=\"" << settings.playMode << "\"/>\n"
-         << "<VALUE name=\"voices\" val=\"" << settings.voices << "\"/>\n</PROPERTIES>\n";
-}
-
-void PluginRig::writeBank() const
-{
-    MVBankFile bank;
-    bank.createBank (juce::File (folder.file (std::string ("vst/") + bankName)));
-    putPatch (bank, slotSine, sinePatch);
-    putPatch (bank, slotSquare, squarePatch);
-    putPatch (bank, slotInput, inputPatch);
 }
 
 std::unique_ptr<host::VstInstance> PluginRig::open()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "plugin/RigBank.h"
 #include "support/TempFolder.h"
 
 #include "host/VstInstance.h"
@@ -11,23 +12,6 @@
 
 namespace morvanelab::test
 {
-
-/** Slots of the bank that lies beside the plug-in. */
-enum RIG_SLOT_t : int
-{
-    slotSine = 0,   ///< a sine at the key's pitch; exposes the first and third of three parameters
-    slotSquare = 1, ///< a square an octave higher, no parameters
-    slotInput = 2,  ///< the host's left input on both sides, no keyboard
-    slotEmpty = 9
-};
-
-/** Settings that the plug-in finds. */
-struct RigSettings
-{
-    bool playHostNotes = true;
-    int playMode = 2;
-    int voices = 4;
-};
 
 /** Stereo sound that was rendered. */
 struct Take
@@ -55,9 +39,6 @@ public:
     std::vector<std::uint8_t> stateFor (int slot) const;
 
 private:
-    void writeSettings (const RigSettings& settings) const;
-    void writeBank() const;
-
     TempFolder folder;
     std::unique_ptr<host::VstLibrary> plugin;
 };

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -46,6 +47,20 @@ protected:
     void write (const std::string& name, const std::string& text)
     {
         writeFile (folder.file (name), { text.begin(), text.end() });
+    }
+
+    /** Writes the bytes of a bank file, with the checksum that belongs to them. */
+    void writeContainer (const std::string& name, std::vector<std::uint8_t> bytes)
+    {
+        std::uint32_t checksum = 0;
+        for (std::size_t i = 4; i < bytes.size(); ++i)
+        {
+            const auto place = static_cast<std::uint32_t> ((i - 4) % 128);
+            const auto byte = static_cast<std::uint32_t> (static_cast<std::int8_t> (bytes[i]));
+            checksum = (checksum + (byte << (place & 7U)) + place) % 134217727U;
+        }
+        std::memcpy (bytes.data(), &checksum, sizeof checksum);
+        writeFile (folder.file (name), bytes);
     }
 
     bool exists (const std::string& name) { return std::filesystem::exists (folder.file (name)); }

@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/tools/CommandLineFixture.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <set>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace morvanelab
 {
@@ -97,9 +104,33 @@ TEST_F (CommandLine, answersForWrongUseAndBadDataWithStatusAndTextAndWritesNothi
 
 TEST_F (CommandLine, helpsOnEveryLevel)
 {
-    for (const char* command :
-         { "", "render", "patch", "patch build", "patch show", "patch check", "bank", "bank new", "bank list",
-           "bank verify", "bank put", "bank get", "bank clear", "bank build", "operators", "doctor" })
+    for (const char* command : { "",
+                                 "render",
+                                 "patch",
+                                 "patch build",
+                                 "patch show",
+                                 "patch check",
+                                 "bank",
+                                 "bank new",
+                                 "bank list",
+                                 "bank verify",
+                                 "bank put",
+                                 "bank get",
+                                 "bank clear",
+                                 "bank swap",
+                                 "bank copy",
+                                 "bank diff",
+                                 "bank explode",
+                                 "bank build",
+                                 "manager",
+                                 "manager list",
+                                 "manager add",
+                                 "manager remove",
+                                 "manager move",
+                                 "preset",
+                                 "preset show",
+                                 "operators",
+                                 "doctor" })
     {
         const Outcome outcome = run (std::string (command) + " --help");
         EXPECT_EQ (outcome.status, 0) << command;
@@ -185,6 +216,50 @@ TEST_F (CommandLine, patchesGoThroughTextAndBanksUnchanged)
 
     ASSERT_EQ (run ("bank clear b.mv_onbank --slot 63").status, 0);
     EXPECT_EQ (run ("bank get b.mv_onbank --slot 63 -o gone.mv_onpatch").status, 2);
+}
+
+TEST_F (CommandLine, writesToPipesAndThroughLinks)
+{
+    build ("tone", tonePatch);
+    const std::string shown = run ("patch show tone.mv_onpatch").out;
+    ASSERT_EQ (run ("patch show tone.mv_onpatch -o /dev/stdout").out, shown);
+
+    // Open for both ways, so that nobody waits for the other end.
+    ASSERT_EQ (::mkfifo (folder.file ("pipe").c_str(), 0600), 0);
+    const int pipe = ::open (folder.file ("pipe").c_str(), O_RDWR | O_NONBLOCK);
+    EXPECT_EQ (run ("patch show tone.mv_onpatch -o pipe").status, 0);
+    std::string received (shown.size(), ' ');
+    EXPECT_EQ (::read (pipe, received.data(), received.size()), std::ssize (shown));
+    ::close (pipe);
+    EXPECT_EQ (received, shown);
+    EXPECT_TRUE (fs::is_fifo (folder.file ("pipe")));
+
+    write ("target", "old");
+    fs::create_symlink ("target", folder.file ("link"));
+    ASSERT_EQ (run ("patch show tone.mv_onpatch -o link").status, 0);
+    EXPECT_TRUE (fs::is_symlink (folder.file ("link")));
+    EXPECT_EQ (textOf (folder.file ("target")), shown);
+}
+
+TEST_F (CommandLine, tellsWhichInputsAreReadOnceABlock)
+{
+    const auto operators = nlohmann::json::parse (run ("operators --json").out);
+    const std::pair<const char*, std::set<std::size_t>> known[] { { "MVOpPulseWidthModulator", { 1, 2 } },
+                                                                  { "MVOpRouter", { 1, 2, 3 } },
+                                                                  { "MVOpSampler", { 1, 2, 3, 4 } },
+                                                                  { "MVOpDelay", { 1 } },
+                                                                  { "MVOpSum", {} } };
+    for (const auto& [name, expected] : known)
+    {
+        const auto found = std::ranges::find_if (operators, [&className = name] (const auto& row)
+                                                 { return row["class"] == className; });
+        ASSERT_NE (found, operators.end()) << name;
+        std::set<std::size_t> ports;
+        for (std::size_t port = 0; port < (*found)["inputs"].size(); ++port)
+            if ((*found)["inputs"][port]["readOncePerBlock"])
+                ports.insert (port);
+        EXPECT_EQ (ports, expected) << name;
+    }
 }
 
 TEST_F (CommandLine, reportsAFeedbackLoop)

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "host/BankList.h"
 
+#include "banks/SordelinState.h"
 #include "foundation/MVMath.h"
 #include "foundation/MVRiffPacker.h"
 #include "foundation/MVString.h"
-#include "plugin/SordelinState.h"
 
 #include <algorithm>
 #include <cstring>

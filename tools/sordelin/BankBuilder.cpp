@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BankBuilder.h"
 
+#include "BankEdit.h"
 #include "CommandFailure.h"
 #include "PatchFile.h"
 #include "ProgressBar.h"
+#include "SlotForm.h"
+#include "StoredMetadata.h"
 
-#include "banks/MVFileSwap.h"
-#include "engine/PatchTextMetadata.h"
-#include "foundation/MVException.h"
-#include "foundation/MVResult.h"
-
+#include <algorithm>
 #include <array>
 #include <filesystem>
-#include <random>
+#include <utility>
 
 namespace morvanelab
 {
@@ -23,86 +22,10 @@ using patchText::member;
 namespace
 {
 
-juce::File workingFileBeside (const juce::File& target)
-{
-    std::random_device source;
-    return target.getSiblingFile (target.getFileName() + ".edit" + juce::String (source()));
-}
-
-void stored (int result)
-{
-    if (result != resultDone)
-        throw badData ("Could not write to file");
-}
-
-} // namespace
-
-BankEdit::BankEdit (juce::File targetFile, std::unique_ptr<MVBankFile> workingCopy)
-    : target (std::move (targetFile)), bank (std::move (workingCopy))
-{
-}
-
-BankEdit::BankEdit (const std::string& path) : target (fileAt (path))
-{
-    openBank (path).reset();
-    const juce::File copy = workingFileBeside (target);
-    if (! target.hasWriteAccess())
-        throw badData ("File permission problem");
-    if (! target.copyFileTo (copy))
-        throw badData ("Could not create file");
-
-    bank = std::make_unique<MVBankFile>();
-    bank->openFile (copy, false);
-}
-
-BankEdit BankEdit::ofNewBank (const std::string& path)
-{
-    const juce::File target = fileAt (path);
-    if (target.isDirectory())
-        throw badData ("Could not create file");
-
-    auto created = std::make_unique<MVBankFile>();
-    created->createBank (workingFileBeside (target));
-    return { target, std::move (created) };
-}
-
-BankEdit::~BankEdit()
-{
-    if (bank != nullptr && bank->isOpen())
-        bank->getPath().deleteFile();
-}
-
-void BankEdit::put (int slot, const Bytes& patch, const MVSmartPtr<MVMetaData>& metadata)
-{
-    stored (bank->setPatchData (slot, MVBankFile::packSlot (blockOf (patch), bank->getPatchData (slot))));
-    if (! bank->setPatchMeta (slot, metadata))
-        throw badData ("Could not write to file");
-}
-
-void BankEdit::clear (int slot) { stored (bank->clearSlot (slot)); }
-
-void BankEdit::setBankMeta (const MVSmartPtr<MVMetaData>& metadata)
-{
-    if (! bank->setBankMeta (metadata))
-        throw badData ("Could not write to file");
-}
-
-void BankEdit::commit()
-{
-    const juce::File working = bank->getPath();
-    if (! swapInFile (working, target))
-        throw badData ("Unexpected file switch failure.");
-    bank->closeFile();
-}
-
-namespace
-{
-
 struct SlotSource
 {
     int slot;
-    Bytes patch;
-    MVSmartPtr<MVMetaData> metadata;
+    StoredSlot contents;
 };
 
 Json readList (const std::string& path)
@@ -118,38 +41,75 @@ Json readList (const std::string& path)
     }
 }
 
-/** A slot's patch: a text source, or a patch file. The list's own metadata stand over the source's. */
-SlotSource readSlot (const Json& json, const std::filesystem::path& folder, const TextPlace& place)
+void expectKeys (const Json& json, std::initializer_list<const char*> keys, const TextPlace& place)
+{
+    if (! json.is_object())
+        place.expected ("an object");
+    for (const auto& [key, value] : json.items())
+        if (std::ranges::find (keys, key) == keys.end())
+        {
+            std::string known;
+            for (const char* const name : keys)
+                known += std::string (known.empty() ? "" : ", ") + "\"" + name + "\"";
+            (place / key).expected ("one of the keys " + known);
+        }
+}
+
+int slotNumber (const Json& json, const TextPlace& place)
 {
     const Json* const slot = member (json, "slot");
-    const Json* const patch = member (json, "patch");
     if (slot == nullptr || ! slot->is_number_integer() || slot->get<std::int64_t>() < 0
-        || slot->get<std::int64_t>() > 63)
+        || slot->get<std::int64_t>() >= MVBankFile::maxPatchesPerBank)
         (place / "slot").expected ("a slot from 0 to 63");
-    if (patch == nullptr || ! patch->is_string())
-        (place / "patch").expected ("the path of a patch source or patch file");
-    for (const auto& [key, value] : json.items())
-        if (key != "slot" && key != "patch" && key != "metadata")
-            (place / key).expected (R"(one of the keys "slot", "patch", "metadata")");
+    return slot->get<int>();
+}
 
-    const std::string path = (folder / patch->get<std::string>()).string();
-    SlotSource source { slot->get<int>(), {}, makeSmart<MVMetaData>() };
-
-    if (path.ends_with (".json"))
+/** The bytes of a patch file. Those that the list itself holds are not looked at again: a damaged patch is kept. */
+Bytes readPatch (const std::string& path, const SlotForm& form)
+{
+    Bytes patch = readWholeFile (path);
+    try
     {
-        const auto compiled = compilePatchSource (path);
-        source.patch = patchFileBytes (*compiled.patch);
-        source.metadata = compiled.metadata;
+        if (! form.isStoredWith (patch))
+            (void)parsePatch (patch);
     }
-    else
+    catch (const CommandFailure& failure)
     {
-        source.patch = readWholeFile (path);
-        (void)parsePatch (source.patch);
+        throw badData (path + ": " + failure.what());
+    }
+    return patch;
+}
+
+/** A slot's patch: a text source, a patch file, or null for none. The list's own metadata stand over the source's. */
+SlotSource readSlot (const Json& json, const std::filesystem::path& folder, const TextPlace& place)
+{
+    expectKeys (json, { "slot", "patch", "metadata", "comment", "panel", "stored" }, place);
+    const int slot = slotNumber (json, place);
+    const Json* const source = member (json, "patch");
+    if (source == nullptr || ! (source->is_string() || source->is_null()))
+        (place / "patch").expected ("the path of a patch source or patch file, or null for an empty slot");
+
+    const SlotForm form = SlotForm::fromJson (json, place);
+    auto metadata = makeSmart<MVMetaData>();
+    Bytes patch;
+
+    if (source->is_string())
+    {
+        const std::string path = (folder / source->get<std::string>()).string();
+        if (path.ends_with (".json"))
+        {
+            const auto compiled = compilePatchSource (path);
+            patch = patchFileBytes (*compiled.patch);
+            metadata = compiled.metadata;
+        }
+        else
+            patch = readPatch (path, form);
     }
 
-    if (const Json* const metadata = member (json, "metadata"); metadata != nullptr)
-        patchText::metadataFromJson (*metadata, *source.metadata, place / "metadata");
-    return source;
+    const Json* const own = member (json, "metadata");
+    return { slot,
+             { form.slotData (patch),
+               metadataFromList (own != nullptr ? *own : Json::object(), *metadata, place / "metadata") } };
 }
 
 } // namespace
@@ -161,9 +121,7 @@ void buildBank (const std::string& listPath, const std::string& outPath)
     const Json* const slots = member (list, "slots");
     if (slots == nullptr || ! slots->is_array())
         (place / "slots").expected ("an array of slots");
-    for (const auto& [key, value] : list.items())
-        if (key != "$schema" && key != "format" && key != "metadata" && key != "slots")
-            (place / key).expected (R"(one of the keys "format", "metadata", "slots")");
+    expectKeys (list, { "$schema", "format", "metadata", "slots" }, place);
 
     std::vector<SlotSource> sources;
     std::array<bool, 64> taken {};
@@ -174,16 +132,15 @@ void buildBank (const std::string& listPath, const std::string& outPath)
             (place / "slots" / i / "slot").expected ("each slot once");
     }
 
-    auto bankMeta = makeSmart<MVMetaData>();
-    if (const Json* const metadata = member (list, "metadata"); metadata != nullptr)
-        patchText::metadataFromJson (*metadata, *bankMeta, place / "metadata");
+    const Json* const own = member (list, "metadata");
+    const Bytes bankMeta = metadataFromList (own != nullptr ? *own : Json::object(), {}, place / "metadata");
 
     BankEdit edit = BankEdit::ofNewBank (outPath);
     ProgressBar progress ("building", static_cast<std::int64_t> (sources.size()));
-    edit.setBankMeta (bankMeta);
+    edit.storeBankMeta (bankMeta);
     for (std::size_t i = 0; i < sources.size(); ++i)
     {
-        edit.put (sources[i].slot, sources[i].patch, sources[i].metadata);
+        edit.store (sources[i].slot, sources[i].contents);
         progress.update (static_cast<std::int64_t> (i) + 1);
     }
     edit.commit();

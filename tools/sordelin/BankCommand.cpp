@@ -2,6 +2,9 @@
 #include "BankCommand.h"
 
 #include "BankBuilder.h"
+#include "BankDiff.h"
+#include "BankEdit.h"
+#include "BankExplode.h"
 #include "BankReport.h"
 #include "BankSlots.h"
 #include "CommandFailure.h"
@@ -27,9 +30,12 @@ struct BankOptions
     std::string file;
     std::string patch;
     std::string out;
+    std::string otherFile;
     int slot = 0;
+    int otherSlot = 0;
     bool json = false;
     bool repair = false;
+    bool force = false;
     std::optional<std::string> name;
     std::optional<std::string> author;
     std::optional<std::string> description;
@@ -139,10 +145,85 @@ void addClear (CLI::App& bank)
         });
 }
 
+/** A slot as an argument of its own. */
+void addSlotArgument (CLI::App& command, const char* name, int& slot, const char* help)
+{
+    command.add_option (name, slot, help)->type_name ("SLOT")->check (CLI::Range (0, 63))->required();
+}
+
+void addSwap (CLI::App& bank)
+{
+    const auto options = std::make_shared<BankOptions>();
+    CLI::App* const command = addCommand (bank, "swap", "Exchange two slots", options);
+    addSlotArgument (*command, "a", options->slot, "Slot, 0 to 63");
+    addSlotArgument (*command, "b", options->otherSlot, "Slot to exchange it with");
+    command->callback (
+        [options]
+        {
+            BankEdit edit (options->file);
+            const StoredSlot first = readStoredSlot (edit.contents(), options->slot);
+            edit.store (options->slot, readStoredSlot (edit.contents(), options->otherSlot));
+            edit.store (options->otherSlot, first);
+            edit.commit();
+        });
+}
+
+void addCopy (CLI::App& bank)
+{
+    const auto options = std::make_shared<BankOptions>();
+    CLI::App* const command = bank.add_subcommand ("copy", "Copy a slot over another one, of the same or another bank");
+    command->add_option ("from", options->file, "Bank file to copy from")->type_name ("FROM")->required();
+    addSlotArgument (*command, "from-slot", options->slot, "Slot to copy, 0 to 63");
+    command->add_option ("to", options->otherFile, "Bank file to copy to")->type_name ("TO")->required();
+    addSlotArgument (*command, "to-slot", options->otherSlot, "Slot to replace");
+    command->callback (
+        [options]
+        {
+            const auto source = openBank (options->file);
+            (void)readSlotPatch (*source, options->slot);
+            BankEdit edit (options->otherFile);
+            edit.store (options->otherSlot, readStoredSlot (*source, options->slot));
+            edit.commit();
+        });
+}
+
+void addDiff (CLI::App& bank)
+{
+    const auto options = std::make_shared<BankOptions>();
+    CLI::App* const command =
+        bank.add_subcommand ("diff", "Tell slot by slot how two banks differ; nothing is written if they do not");
+    command->add_option ("a", options->file, "Bank file")->type_name ("A")->required();
+    command->add_option ("b", options->otherFile, "Bank file to compare it with")->type_name ("B")->required();
+    command->add_flag ("--json", options->json, "Write an array of objects, one a difference");
+    command->callback (
+        [options]
+        {
+            const auto differences = compareBanks (options->file, options->otherFile);
+            std::fputs ((options->json ? bankDifferencesAsJson (differences)
+                                       : bankDifferencesAsText (differences, options->file, options->otherFile))
+                            .c_str(),
+                        stdout);
+        });
+}
+
+void addExplode (CLI::App& bank)
+{
+    const auto options = std::make_shared<BankOptions>();
+    CLI::App* const command = addCommand (
+        bank, "explode",
+        "Write every patch to a file of its own, with the list that bank build makes the bank from again", options);
+    command->add_option ("-o,--output", options->out, "Folder to write to; made if it is missing")
+        ->type_name ("DIR")
+        ->required();
+    command->add_flag ("--force", options->force, "Replace files that are there");
+    command->callback ([options] { explodeBank (options->file, options->out, options->force); });
+}
+
 void addBuild (CLI::App& bank)
 {
     const auto options = std::make_shared<BankOptions>();
-    CLI::App* const command = bank.add_subcommand ("build", "Make a whole bank from text sources");
+    CLI::App* const command =
+        bank.add_subcommand ("build", "Make a whole bank from a list of text sources and patch files");
     command->add_option ("list", options->file, "List of slots")->type_name ("LIST.json")->required();
     command->add_option ("-o,--output", options->out, "Bank file to write")->type_name ("FILE")->required();
     command->callback ([options] { buildBank (options->file, options->out); });
@@ -160,6 +241,10 @@ void addBankCommand (CLI::App& app)
     addPut (*bank);
     addGet (*bank);
     addClear (*bank);
+    addSwap (*bank);
+    addCopy (*bank);
+    addDiff (*bank);
+    addExplode (*bank);
     addBuild (*bank);
 }
 

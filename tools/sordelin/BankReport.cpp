@@ -5,6 +5,7 @@
 #include "CommandFailure.h"
 #include "PatchFile.h"
 #include "PatchReport.h"
+#include "SafeText.h"
 
 #include "foundation/MVException.h"
 
@@ -40,7 +41,7 @@ std::string textOf (const MVString& text) { return std::string (text.view()); }
 
 std::string bankListAsText (MVBankFile& bank)
 {
-    const std::string name = textOf (bank.getBankMeta()->getName());
+    const std::string name = printableText (bank.getBankMeta()->getName().view());
     std::string text = name.empty() ? "" : name + "\n";
 
     for (int slot = 0; slot < MVBankFile::maxPatchesPerBank; ++slot)
@@ -49,8 +50,9 @@ std::string bankListAsText (MVBankFile& bank)
         std::array<char, 160> line {};
         std::snprintf (line.data(), line.size(), "%2d  %-8s  %-28.60s  %-16.40s  ", slot,
                        row.bytes > 0 ? std::to_string (row.bytes).c_str() : "-",
-                       textOf (row.metadata->getName()).c_str(), textOf (row.metadata->getGenre()).c_str());
-        std::string whole = line.data() + textOf (row.metadata->getAuthor());
+                       printableText (row.metadata->getName().view()).c_str(),
+                       printableText (row.metadata->getGenre().view()).c_str());
+        std::string whole = line.data() + printableText (row.metadata->getAuthor().view());
         whole.erase (whole.find_last_not_of (' ') + 1);
         text += whole + "\n";
     }

@@ -4,13 +4,24 @@
 #include "CommandFailure.h"
 #include "StderrPrompt.h"
 
+#include "banks/MVBankBytes.h"
 #include "foundation/MVException.h"
+#include "foundation/MVMath.h"
 #include "foundation/MVResult.h"
 
 #include <cstring>
 
 namespace morvanelab
 {
+
+std::string whyNoBank (const MVBankFile& bank)
+{
+    constexpr std::uint32_t oldestBankVersion = 100000;
+    if (bank.getFileType() != MVBankFile::bankFileType)
+        return "Error:  Not a bank file.";
+    const auto version = bank.getVersion();
+    return versionCode (version[0], version[1], version[2]) < oldestBankVersion ? "Error:  Incompatible version." : "";
+}
 
 std::unique_ptr<MVBankFile> openBank (const std::string& path, bool repair)
 {
@@ -41,11 +52,36 @@ Bytes readSlotPatch (MVBankFile& bank, int slot)
 
 Bytes readSlotPatch (const std::string& bankPath, int slot) { return readSlotPatch (*openBank (bankPath), slot); }
 
-juce::File fileAt (const std::string& path)
+namespace
 {
-    return juce::File::getCurrentWorkingDirectory().getChildFile (
-        juce::String::fromUTF8 (path.data(), static_cast<int> (path.size())));
+
+Bytes compartmentBytes (MVBankFile& bank, std::uint32_t type, int index)
+{
+    MVSmartPtr<MVDataBlock> data;
+    return bank.readByOrdinal (type, index, data) == resultDone ? bytesOf (*data) : Bytes();
 }
+
+Bytes metadataBytes (MVBankFile& bank, std::uint32_t type, int index)
+{
+    const Bytes bytes = compartmentBytes (bank, type, index);
+    return bytes.empty() ? emptySlot().metadata : bytes;
+}
+
+} // namespace
+
+StoredSlot emptySlot() { return { Bytes (1), bytesOf (*packChunks (MVMetaData().packRiff())) }; }
+
+StoredSlot readStoredSlot (MVBankFile& bank, int slot)
+{
+    Bytes data = compartmentBytes (bank, fourCC ("pdat"), slot);
+    return { isOccupied (data) ? std::move (data) : emptySlot().data, metadataBytes (bank, fourCC ("pmta"), slot) };
+}
+
+Bytes readStoredBankMeta (MVBankFile& bank) { return metadataBytes (bank, fourCC ("meta"), 0); }
+
+bool isOccupied (const Bytes& slotData) { return MVBankFile::isOccupied (blockOf (slotData)); }
+
+Bytes patchIn (const Bytes& slotData) { return bytesOf (*MVBankFile::unpackSlot (blockOf (slotData))); }
 
 MVSmartPtr<MVDataBlock> blockOf (const Bytes& bytes)
 {

@@ -39,7 +39,7 @@ void runDoctor()
 
     // The manager's own way to its file may make the directory; only look where it would be.
     const juce::String override = properties.getString ("banks_path");
-    const juce::File lists = override.isNotEmpty() ? juce::File (override) : settings.getParentDirectory();
+    const juce::File lists = override.isNotEmpty() ? settings.getSiblingFile (override) : settings.getParentDirectory();
     print ("bank list", found (lists.getChildFile (MVBankFileManager::managerFileName)));
 
     const juce::File program = juce::File::getSpecialLocation (juce::File::currentExecutableFile);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OperatorReport.h"
 
+#include "OperatorNotes.h"
 #include "operators/MVOperatorTable.h"
 
 #include <nlohmann/json.hpp>
@@ -96,16 +97,18 @@ Json parameterJson (const ParameterSpec& parameter, int index)
     return json;
 }
 
+/** The notes know of every port how it is read; the table only of those that other operators have to know of. */
 Json portsJson (const OperatorSpec& spec, int direction)
 {
     const auto record = spec.newRecord();
+    const OperatorNotes notes = OperatorNotes::of (spec);
     Json ports = Json::array();
     for (int port = 0; port < spec.portCount (record.data(), direction); ++port)
     {
         Json json;
         json["name"] = spec.portName (record.data(), direction, port);
         if (direction == portsIn)
-            json["readOncePerBlock"] = ((spec.controlInputs >> port) & 1) != 0;
+            json["readOncePerBlock"] = notes.inputs[static_cast<std::size_t> (port)].reading == "once a block";
         ports.push_back (std::move (json));
     }
     return ports;

@@ -3,12 +3,13 @@
 
 #include "CommandFailure.h"
 
+#include "banks/MVFileSwap.h"
+
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 
 namespace morvanelab
 {
@@ -46,14 +47,26 @@ void writeToStdout (const Bytes& bytes)
         throw badData ("Could not write to file  (standard output)");
 }
 
-/** A sibling that no other process of ours writes to at the same time. */
-fs::path temporarySibling (const fs::path& target)
+/** For what is no file of bytes, such as a device or a pipe: renaming a file over it would take it away. */
+void writeInPlace (const std::string& path, const Bytes& bytes)
 {
-    std::random_device source;
-    return target.string() + ".tmp" + std::to_string (source());
+    std::ofstream file (path, std::ios::binary);
+    file.write (reinterpret_cast<const char*> (bytes.data()), static_cast<std::streamsize> (bytes.size()));
+    file.close();
+    if (file.fail())
+        throw badData ("Could not write to file  " + path);
 }
 
 } // namespace
+
+juce::File fileAt (const std::string& path)
+{
+    // Made whole here, since JUCE takes a leading tilde for somebody's home.
+    const std::string whole = fs::absolute (path).lexically_normal().string();
+    if (! juce::CharPointer_UTF8::isValidString (whole.data(), static_cast<int> (whole.size())))
+        throw badData ("File permission problem  (the path is no UTF-8)");
+    return juce::File (juce::String::fromUTF8 (whole.data(), static_cast<int> (whole.size())));
+}
 
 void writeWholeFile (const std::string& path, const Bytes& bytes)
 {
@@ -61,25 +74,18 @@ void writeWholeFile (const std::string& path, const Bytes& bytes)
         return writeToStdout (bytes);
 
     std::error_code error;
-    if (fs::is_directory (path, error))
+    const fs::file_status status = fs::status (path, error);
+    if (fs::is_directory (status))
         throw badData ("Could not create file  " + path);
+    if (fs::exists (status) && ! fs::is_regular_file (status))
+        return writeInPlace (path, bytes);
 
-    const fs::path temporary = temporarySibling (path);
-    std::ofstream file (temporary, std::ios::binary | std::ios::trunc);
-    if (! file)
+    // A link stays; what it leads to is replaced.
+    const fs::path target = fs::is_symlink (path, error) ? fs::canonical (path, error) : fs::absolute (path);
+    if (! fs::is_directory (target.parent_path(), error))
         throw badData ("Could not create file  " + path);
-
-    file.write (reinterpret_cast<const char*> (bytes.data()), static_cast<std::streamsize> (bytes.size()));
-    file.close();
-
-    if (! file.fail())
-        fs::rename (temporary, path, error);
-
-    if (file.fail() || error)
-    {
-        fs::remove (temporary, error);
-        throw badData ("Could not write to file  " + path);
-    }
+    if (! replaceFileContents (fileAt (target.string()), bytes.data(), bytes.size()))
+        throw badData ((fs::exists (status) ? "Could not write to file  " : "Could not create file  ") + path);
 }
 
 void writeWholeFile (const std::string& path, const std::string& text)

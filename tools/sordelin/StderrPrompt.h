@@ -25,6 +25,14 @@ public:
         return answer;
     }
 
+    /** Nobody types here: cancelled. */
+    void askText (const std::string& title, const std::string&, const std::string&, TextAnswer textAnswer) override
+    {
+        std::fprintf (stderr, "%s\n", title.c_str());
+        if (textAnswer)
+            textAnswer (std::nullopt);
+    }
+
 private:
     bool answer;
 };

@@ -2,8 +2,10 @@
 #include "BankCommand.h"
 #include "CommandFailure.h"
 #include "DoctorCommand.h"
+#include "ManagerCommand.h"
 #include "OperatorsCommand.h"
 #include "PatchCommand.h"
+#include "PresetCommand.h"
 #include "RenderCommand.h"
 
 #include "foundation/MVException.h"
@@ -74,6 +76,8 @@ int main (int argc, char** argv)
     addRenderCommand (app);
     addPatchCommand (app);
     addBankCommand (app);
+    addManagerCommand (app);
+    addPresetCommand (app);
     addOperatorsCommand (app);
     addDoctorCommand (app);
     return run (app, argc, argv);

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <initializer_list>
+
+namespace morvanelab
+{
+
+/** A connection to the display, for tests that need real windows. While it lives the names exist that a window manager
+    would have brought: a bare virtual display has none, and the toolkit may not set properties under names it does not
+    find. Make it before the toolkit. */
+class ScreenForTests
+{
+public:
+    ScreenForTests()
+    {
+        const auto open = reinterpret_cast<void* (*)(const char*)> (symbol ("XOpenDisplay"));
+        const auto intern = reinterpret_cast<unsigned long (*) (void*, const char*, int)> (symbol ("XInternAtom"));
+        if (open == nullptr || intern == nullptr || std::getenv ("DISPLAY") == nullptr)
+            return;
+        display = open (nullptr);
+        if (display == nullptr)
+            return;
+        for (const char* name : { "WM_PROTOCOLS", "WM_TAKE_FOCUS", "WM_DELETE_WINDOW", "_NET_WM_PING",
+                                  "WM_CHANGE_STATE", "WM_STATE", "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_NORMAL",
+                                  "_NET_WM_WINDOW_TYPE_COMBO", "_NET_WM_STATE", "_NET_WM_STATE_HIDDEN",
+                                  "_NET_FRAME_EXTENTS", "_NET_WORKAREA", "_NET_WM_ALLOWED_ACTIONS", "_MOTIF_WM_HINTS" })
+            intern (display, name, 0);
+    }
+    ~ScreenForTests()
+    {
+        if (display != nullptr)
+            reinterpret_cast<int (*) (void*)> (symbol ("XCloseDisplay")) (display);
+        if (library != nullptr)
+            dlclose (library);
+    }
+    ScreenForTests (const ScreenForTests&) = delete;
+    ScreenForTests& operator= (const ScreenForTests&) = delete;
+
+    bool isThere() const { return display != nullptr; }
+
+private:
+    void* symbol (const char* name) const { return library != nullptr ? dlsym (library, name) : nullptr; }
+
+    void* library = dlopen ("libX11.so.6", RTLD_NOW | RTLD_GLOBAL);
+    void* display = nullptr;
+};
+
+} // namespace morvanelab
