@@ -4,26 +4,8 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
-#include <stdexcept>
-
 namespace morvanelab
 {
-
-PreparedDisplay::PreparedDisplay()
-{
-    auto* opened = XOpenDisplay (nullptr);
-    if (opened == nullptr)
-        throw std::runtime_error ("no display");
-    for (const char* name :
-         { "WM_PROTOCOLS", "WM_TAKE_FOCUS", "WM_DELETE_WINDOW", "WM_CHANGE_STATE", "WM_STATE", "_NET_WM_PING",
-           "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_NORMAL", "_NET_WM_WINDOW_TYPE_COMBO", "_NET_WM_STATE",
-           "_NET_WM_STATE_HIDDEN", "_NET_FRAME_EXTENTS", "_NET_WORKAREA", "_NET_WM_ALLOWED_ACTIONS" })
-        XInternAtom (opened, name, False);
-    XSync (opened, False);
-    display = opened;
-}
-
-PreparedDisplay::~PreparedDisplay() { XCloseDisplay (static_cast<::Display*> (display)); }
 
 juce::Image readScreen (juce::Rectangle<int> area)
 {

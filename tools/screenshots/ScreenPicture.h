@@ -6,21 +6,6 @@
 namespace morvanelab
 {
 
-/** Makes a bare display ready for windows as a window manager does: toolkits miss the names that one brings along.
-    Lives as long as windows are used. */
-class PreparedDisplay
-{
-public:
-    /** Raises std::runtime_error if there is no display. */
-    PreparedDisplay();
-    ~PreparedDisplay();
-    PreparedDisplay (const PreparedDisplay&) = delete;
-    PreparedDisplay& operator= (const PreparedDisplay&) = delete;
-
-private:
-    void* display;
-};
-
 /** What the screen shows in an area, in pixels: menus and OpenGL pictures included. An invalid image if it cannot be
     read. */
 juce::Image readScreen (juce::Rectangle<int> area);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // sordelin-screenshots BANKS OUT: plays patches on the plug-in in a window and writes pictures of it.
-#include "screenshots/ScreenPicture.h"
+#include "host/EditorWindow.h"
 #include "screenshots/Studio.h"
 
 #include <iostream>
@@ -110,7 +110,7 @@ int main (int argc, char** argv)
     }
     try
     {
-        const PreparedDisplay display;
+        const host::HostDisplay display;
         const juce::ScopedJuceInitialiser_GUI toolkit;
         const auto here = juce::File::getCurrentWorkingDirectory();
         const auto out = here.getChildFile (juce::String::fromUTF8 (argv[2]));
