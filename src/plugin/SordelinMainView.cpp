@@ -310,10 +310,24 @@ void SordelinMainView::leaveNothingOpen()
     pollTimer.stopTimer();
     juce::PopupMenu::dismissAllActiveMenus(); // those with a window of their own would stay
     parameterPanel.endGestures();
+    cancelDrag();
     boxes.declineAll();
     overlay.close();
     if (storeTimer.isTimerRunning())
         storeDimensions();
+}
+
+void SordelinMainView::cancelDrag()
+{
+    if (! isDragAndDropActive())
+        return;
+    // The toolkit has no call for it, but its picture of what is dragged, the one child of that kind, takes Escape.
+    for (auto* child : getChildren())
+        if (child->isAlwaysOnTop() && child->getWantsKeyboardFocus())
+        {
+            child->keyPressed (juce::KeyPress (juce::KeyPress::escapeKey));
+            return;
+        }
 }
 
 void SordelinMainView::paint (juce::Graphics& graphics)

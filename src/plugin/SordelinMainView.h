@@ -94,6 +94,7 @@ private:
     void storeDimensions();
     void tellShowing();
     void leaveNothingOpen();
+    void cancelDrag();
     void layOutLeft (juce::Rectangle<int> area);
 
     SordelinMainComponent& main;

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The window of the built plug-in, through the interface of hosts.
+#include "plugin/PluginRig.h"
+#include "window/WindowRig.h"
+
+#include "host/EditorWindow.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <set>
+
+namespace morvanelab::test
+{
+
+namespace
+{
+
+/** The rig's plug-in takes the display away; this gives it back. */
+class HostedWindow : public testing::Test
+{
+protected:
+    HostedWindow()
+    {
+        if (const char* name = std::getenv ("DISPLAY"))
+            display = name;
+        rig = std::make_unique<PluginRig>();
+    }
+    ~HostedWindow() override { showDisplay(); }
+    void showDisplay()
+    {
+        if (! display.empty())
+            setenv ("DISPLAY", display.c_str(), 1);
+    }
+    static vst2::ERect* rectOf (host::VstInstance& instance)
+    {
+        vst2::ERect* rect = nullptr;
+        instance.dispatch (vst2::effEditGetRect, 0, 0, &rect);
+        return rect;
+    }
+
+    std::string display;
+    std::unique_ptr<PluginRig> rig;
+};
+
+double millisecondsSince (std::chrono::steady_clock::time_point begin)
+{
+    return std::chrono::duration<double, std::milli> (std::chrono::steady_clock::now() - begin).count();
+}
+
+} // namespace
+
+TEST_F (HostedWindow, sizeIsToldWithoutADisplay)
+{
+    auto instance = rig->open();
+    const auto begin = std::chrono::steady_clock::now();
+    const auto* rect = rectOf (*instance);
+    std::cout << "size of the editor after " << millisecondsSince (begin) << " ms\n";
+    ASSERT_NE (rect, nullptr);
+    EXPECT_EQ (rect->right - rect->left, 960);
+    EXPECT_EQ (rect->bottom - rect->top, 480);
+    instance->start (44100.0, 512);
+    rectOf (*instance);
+    const auto sound = render (*instance, 2048);
+    EXPECT_EQ (sound.left.size(), 2048U);
+}
+
+TEST_F (HostedWindow, opensPaintsAndCloses)
+{
+    if (display.empty())
+        GTEST_SKIP() << "no display";
+    showDisplay();
+    host::HostDisplay screen;
+    {
+        auto instance = rig->openWithPatch (slotSine);
+        render (*instance, 4096, { 512 }, { noteOn (60) });
+        TempFolder pictures;
+        for (int round = 0; round < 3; ++round)
+        {
+            const auto begin = std::chrono::steady_clock::now();
+            host::EditorWindow window (*instance, screen);
+            std::cout << "opened in " << millisecondsSince (begin) << " ms\n";
+            window.idle (1.0);
+            const auto path = pictures.file ("window" + std::to_string (round) + ".png");
+            window.savePicture (path);
+            const auto picture = juce::ImageFileFormat::loadFrom (juce::File (juce::String (path)));
+            ASSERT_EQ (picture.getWidth(), 960);
+            std::set<juce::uint32> colours;
+            for (int y = 0; y < picture.getHeight(); y += 3)
+                for (int x = 0; x < picture.getWidth(); x += 3)
+                    colours.insert (picture.getPixelAt (x, y).getARGB());
+            EXPECT_GT (colours.size(), 40U) << "round " << round;
+        }
+        const auto sound = render (*instance, 4096);
+        EXPECT_GT (sound.peak(), 0.01) << "plays on without its window";
+    }
+    rig.reset(); // the plug-in goes before the display
+}
+
+} // namespace morvanelab::test
