@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The window of the built plug-in, through the interface of hosts.
 #include "plugin/PluginRig.h"
+#include "window/ScreenMouse.h"
 #include "window/WindowRig.h"
 
 #include "host/EditorWindow.h"
@@ -95,6 +96,34 @@ TEST_F (HostedWindow, opensPaintsAndCloses)
         EXPECT_GT (sound.peak(), 0.01) << "plays on without its window";
     }
     rig.reset(); // the plug-in goes before the display
+}
+
+TEST_F (HostedWindow, menusStayWhileTheHostHasTheKeyboard)
+{
+    if (display.empty())
+        GTEST_SKIP() << "no display";
+    showDisplay();
+    host::HostDisplay screen;
+    {
+        auto instance = rig->openWithPatch (slotSquare); // no display that moves, no keys that sound
+        host::EditorWindow window (*instance, screen);
+        focusTopWindow (screen.native(), 500, 200);
+        window.idle (0.5);
+        constexpr int menuX = 210; // MENU, at the top of the left column
+        constexpr int menuY = 14;
+        const auto picture = [&] { return readScreen (screen.native(), 140, 40, 160, 60); };
+        const auto before = picture();
+        const auto keyboardOwner = focusedWindow (screen.native());
+        clickOnScreen (screen.native(), menuX, menuY);
+        window.idle (0.1);
+        window.idle (1.5);
+        EXPECT_NE (picture(), before) << "the menu has gone by itself";
+        clickOnScreen (screen.native(), 700, 300);
+        window.idle (0.5);
+        EXPECT_EQ (picture(), before) << "a click beside it closes it";
+        EXPECT_EQ (focusedWindow (screen.native()), keyboardOwner) << "the keyboard was the host's";
+    }
+    rig.reset();
 }
 
 } // namespace morvanelab::test

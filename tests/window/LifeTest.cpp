@@ -198,7 +198,7 @@ TEST_F (Life, whatItCosts)
     {
         const double before = juce::Time::getMillisecondCounterHiRes();
         rig.open (false);
-        const double opened = juce::Time::getMillisecondCounterHiRes() - before - 100.0; // open runs for 100 ms
+        const double opened = juce::Time::getMillisecondCounterHiRes() - before - 50.0; // open runs for 50 ms
         rig.close();
         longest = std::max (longest, opened);
     }

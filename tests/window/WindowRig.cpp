@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "window/WindowRig.h"
 
-#include "window/PointerNudge.h"
+#include "window/ScreenMouse.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -156,7 +156,21 @@ void WindowRig::open (bool onScreen)
         editor->setTopLeftPosition (0, 0);
     }
     editor->setVisible (true);
-    run (0.1);
+    run (0.05);
+    if (onScreen)
+        takeScreenFocus();
+}
+
+void WindowRig::takeScreenFocus()
+{
+    // As after a real click, without which menus close by themselves.
+    peer().grabFocus();
+    if (! runUntil ([this] { return peer().isFocused(); }))
+        throw std::runtime_error ("the screen does not give the keyboard to the window");
+    // The toolkit may have read the news of that without looking at it: it looks when there is more to read.
+    nudgePointer (screen->native());
+    run (0.05);
+    juce::Component::unfocusAllComponents();
 }
 
 void WindowRig::close() { editor.reset(); }
@@ -275,9 +289,6 @@ void WindowRig::waitForFocus (const juce::String& id)
 {
     if (! runUntil ([&] { return find (id).hasKeyboardFocus (true) && peer().isFocused(); }))
         throw std::runtime_error (("the keyboard does not go to " + id).toStdString());
-    // The toolkit may have read the news of that without looking at it: it looks when there is more to read.
-    nudgePointer (screen->native());
-    run (0.05);
 }
 
 void WindowRig::drag (juce::Component& component, juce::Point<int> by)

@@ -138,6 +138,7 @@ public:
 
 private:
     juce::ComponentPeer& peer();
+    void takeScreenFocus();
     void mouse (juce::Point<float> inWindow, juce::ModifierKeys buttons);
     juce::Point<float> inWindow (juce::Component& component, juce::Point<int> where);
 

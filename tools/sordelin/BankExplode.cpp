@@ -24,7 +24,7 @@ constexpr const char* listName = "bank.json";
 
 std::string patchFileName (int slot, const MVMetaData& metadata)
 {
-    std::array<char, 8> number {};
+    std::array<char, 16> number {};
     std::snprintf (number.data(), number.size(), "%02d ", slot);
     const std::string name = fileNameText (metadata.getName().view());
     return number.data() + (name.empty() ? std::string ("Unnamed") : name) + ".mv_onpatch";
