@@ -124,15 +124,26 @@ void SordelinIoPanel::makeButtons()
     setInputUsed (false);
 }
 
-void SordelinIoPanel::refresh()
+void SordelinIoPanel::poll()
 {
-    outputVolumeSlider.setValue (main.getMasterVolume(), juce::dontSendNotification);
-    preCompressionSlider.setValue (main.getPreCompressionVolume(), juce::dontSendNotification);
-    rollOffSlider.setValue (main.getCompressorRollOff(), juce::dontSendNotification);
-    thresholdSlider.setValue (main.getCompressorThreshold(), juce::dontSendNotification);
+    // What was written takes effect with the next block, so the slider follows what changes, not what still stands.
+    const double volume = main.getMasterVolume();
+    const bool changed = volume < volumeSeen || volume > volumeSeen;
+    if (! outputVolumeSlider.isMouseButtonDown() && changed)
+        outputVolumeSlider.setValue (volume, juce::dontSendNotification);
+    volumeSeen = volume;
     muteOutputButton.setToggleState (main.outputMuted, juce::dontSendNotification);
     bypassButton.setToggleState (main.bypassed, juce::dontSendNotification);
     muteInputButton.setToggleState (main.inputMuted, juce::dontSendNotification);
+}
+
+void SordelinIoPanel::refresh()
+{
+    volumeSeen = -1.0;
+    poll();
+    preCompressionSlider.setValue (main.getPreCompressionVolume(), juce::dontSendNotification);
+    rollOffSlider.setValue (main.getCompressorRollOff(), juce::dontSendNotification);
+    thresholdSlider.setValue (main.getCompressorThreshold(), juce::dontSendNotification);
     main.withEngine (
         [this] (MVRenderEngine& engine)
         {

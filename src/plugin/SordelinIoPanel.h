@@ -24,6 +24,9 @@ public:
 
     /** Sets all controls from what the main component holds now. */
     void refresh();
+    /** The same for what may change at any time without a message: volume, mutes and bypass. The window calls it some
+       30 times a second while it shows. */
+    void poll();
     /** Whether the patch reads the host's input: without that, bypass and input mute mean nothing. */
     void setInputUsed (bool used);
 
@@ -38,6 +41,7 @@ private:
     void makeButtons();
 
     SordelinMainComponent& main;
+    double volumeSeen = -1.0; ///< at the last poll
     std::array<MVLevelMeter, numChannels> inputMeters { MVLevelMeter (10), MVLevelMeter (100) };
     std::array<MVLevelMeter, numChannels> outputMeters { MVLevelMeter (10), MVLevelMeter (100) };
     MVKnob outputVolumeSlider;

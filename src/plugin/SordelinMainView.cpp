@@ -305,6 +305,12 @@ void SordelinMainView::tellShowing()
         leaveNothingOpen();
 }
 
+void SordelinMainView::poll()
+{
+    midiPanel.poll();
+    ioPanel.poll();
+}
+
 void SordelinMainView::leaveNothingOpen()
 {
     pollTimer.stopTimer();

@@ -93,6 +93,7 @@ private:
     void applyColours();
     void storeDimensions();
     void tellShowing();
+    void poll();
     void leaveNothingOpen();
     void cancelDrag();
     void layOutLeft (juce::Rectangle<int> area);
@@ -119,7 +120,7 @@ private:
     std::unique_ptr<juce::TooltipWindow> tooltips;
     juce::ComponentBoundsConstrainer sizeLimits;
     juce::ResizableCornerComponent corner { this, &sizeLimits };
-    SordelinTimer pollTimer { [this] { midiPanel.poll(); } };
+    SordelinTimer pollTimer { [this] { poll(); } };
     SordelinTimer storeTimer { [this] { storeDimensions(); } };
     juce::Rectangle<int> wordmarkArea;
     bool dropOffered = false;

@@ -205,6 +205,27 @@ TEST_F (Controls, slidersReachTheEngineWithinTheirRanges)
     }
 }
 
+TEST_F (Controls, followWhatChangesElsewhere)
+{
+    SordelinState state = rig.plugin().fields();
+    state.outputVolume = 0.125;
+    state.compressorThreshold = 0.5;
+    state.compressorRollOff = 2.0;
+    rig.core().setState ({ &state, sizeof state });
+    rig.core().bypassed = true;
+    rig.core().setOutputMuted (true);
+    EXPECT_TRUE (WindowRig::runUntil (
+        [this]
+        {
+            rig.settle();
+            return std::abs (rig.as<juce::Slider> ("OUTPUT VOLUME").getValue() - 0.125) < 1e-6;
+        }));
+    EXPECT_EQ (rig.as<juce::Slider> ("THRESHOLD").getValue(), 0.5);
+    EXPECT_EQ (rig.as<juce::Slider> ("ROLL-OFF").getValue(), 2.0);
+    EXPECT_TRUE (rig.button ("BYPASS").getToggleState());
+    EXPECT_TRUE (rig.button ("MUTE OUTPUT").getToggleState());
+}
+
 TEST_F (Controls, viewMenuShowsTheDisplays)
 {
     struct ViewRow

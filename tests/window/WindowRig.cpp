@@ -173,7 +173,11 @@ void WindowRig::takeScreenFocus()
     juce::Component::unfocusAllComponents();
 }
 
-void WindowRig::close() { editor.reset(); }
+void WindowRig::close()
+{
+    editor.reset();
+    juce::ModifierKeys::currentModifiers = {}; // a button that was down goes up elsewhere
+}
 
 juce::Component* WindowRig::look (const juce::String& id)
 {
