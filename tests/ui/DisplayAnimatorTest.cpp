@@ -85,8 +85,8 @@ TEST_F (DisplayAnimator, stopsOnlyWhenTheOtherThreadHasDelivered)
 
 TEST_F (DisplayAnimator, canBeStoppedInTheMiddleOfADeliveryByTheSameThread)
 {
-    Recorder display;
     RecordingSource source;
+    Recorder display;
     display.setSource (&source);
     display.onDelivery = [&] { display.attachSource (false); };
     display.setRunning (true);
