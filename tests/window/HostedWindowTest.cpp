@@ -134,7 +134,6 @@ TEST_F (HostedWindow, menusStayWhileTheHostHasTheKeyboard)
         window.idle (0.5);
         const double closed = difference (picture(), before);
         EXPECT_LT (closed, 0.1) << "a click beside it closes it";
-        std::cout << "differs by " << open << " with the menu, by " << closed << " without\n";
     }
     rig.reset();
 }
