@@ -63,9 +63,10 @@ TEST (EngineLoad, soundingPatchGivesWayToTheNewOneWithoutAStep)
     EXPECT_EQ (calls, 1);
     EXPECT_NEAR (pitchOf (rig), 500, 3);
 
-    // 300 Hz at a quarter of full level moves by less than 0.012 a sample; a hard cut would step by up to 0.25.
+    // 300 Hz at a quarter of full level moves by less than 0.012 a sample, and 500 Hz at full level, which is how the
+    // new patch comes in while the last blocks are rendered, by 0.072; a hard cut would step by up to 0.25 and more.
     for (std::size_t i = 1; i < sound.size(); ++i)
-        ASSERT_LT (std::fabs (sound[i] - sound[i - 1]), 0.03f) << i;
+        ASSERT_LT (std::fabs (sound[i] - sound[i - 1]), 0.085f) << i;
 }
 
 TEST (EngineLoad, failedLoadTellsWhyAndTheOldPatchPlaysOn)
