@@ -122,6 +122,19 @@ void paintUprights (juce::Graphics& graphics, juce::Rectangle<int> bounds, const
     }
 }
 
+void paintTrace (juce::Graphics& graphics, const juce::Path& line, float right, float level, float lineWidth)
+{
+    juce::Path surface (line);
+    surface.lineTo (right, level);
+    surface.lineTo (0.0F, level);
+    surface.closeSubPath();
+
+    graphics.setColour (themeColour (MVThemeColour::traceFill));
+    graphics.fillPath (surface);
+    graphics.setColour (themeColour (MVThemeColour::trace));
+    graphics.strokePath (line, juce::PathStrokeType (lineWidth, juce::PathStrokeType::curved));
+}
+
 void paintNoSignal (juce::Graphics& graphics, juce::Rectangle<int> bounds)
 {
     graphics.setFont (themeFont (fontHeights::normal));

@@ -57,6 +57,8 @@ void paintTitle (juce::Graphics& graphics, juce::Rectangle<int> bounds, const ju
 void paintLevels (juce::Graphics& graphics, juce::Rectangle<int> bounds, const MVAxisMarks& marks);
 /** Grid lines upright, texts at the bottom right of their line. */
 void paintUprights (juce::Graphics& graphics, juce::Rectangle<int> bounds, const MVAxisMarks& marks);
+/** A trace from the left edge on, in pixels, and the surface between it and a level, which ends at x right. */
+void paintTrace (juce::Graphics& graphics, const juce::Path& line, float right, float level, float lineWidth);
 /** A calm word in the middle of a display that has nothing to show. */
 void paintNoSignal (juce::Graphics& graphics, juce::Rectangle<int> bounds);
 /** One text on a faint ground that keeps it readable over a picture. */

@@ -90,15 +90,8 @@ void MVPLLWaveformDisplay::paint (juce::Graphics& graphics)
         else
             line.lineTo (point.toFloat());
     }
-    juce::Path surface (line);
-    surface.lineTo (static_cast<float> ((numPoints - 1) * step), static_cast<float> (mid));
-    surface.lineTo (0.0F, static_cast<float> (mid));
-    surface.closeSubPath();
-
-    graphics.setColour (themeColour (MVThemeColour::traceFill));
-    graphics.fillPath (surface);
-    graphics.setColour (themeColour (MVThemeColour::trace));
-    graphics.strokePath (line, juce::PathStrokeType (lineWidth, juce::PathStrokeType::curved));
+    displayAxes::paintTrace (graphics, line, static_cast<float> ((numPoints - 1) * step), static_cast<float> (mid),
+                             lineWidth);
     if (isSilent())
         displayAxes::paintNoSignal (graphics, getLocalBounds());
     needsData = true;

@@ -87,15 +87,7 @@ void MVSpectrumDisplay::paint (juce::Graphics& graphics)
     line.startNewSubPath (0.0F, curve[0]);
     for (int i = 1; i < count; ++i)
         line.lineTo (static_cast<float> (i) * distance, curve[static_cast<std::size_t> (i)]);
-    juce::Path surface (line);
-    surface.lineTo (static_cast<float> (getWidth()), static_cast<float> (baseline));
-    surface.lineTo (0.0F, static_cast<float> (baseline));
-    surface.closeSubPath();
-
-    graphics.setColour (themeColour (MVThemeColour::traceFill));
-    graphics.fillPath (surface);
-    graphics.setColour (themeColour (MVThemeColour::trace));
-    graphics.strokePath (line, juce::PathStrokeType (lineWidth, juce::PathStrokeType::curved));
+    displayAxes::paintTrace (graphics, line, static_cast<float> (getWidth()), static_cast<float> (baseline), lineWidth);
     if (isSilent())
         displayAxes::paintNoSignal (graphics, getLocalBounds());
     needsData = true;
