@@ -168,7 +168,6 @@ private:
     bool loadEntry (const MVBankListEntry& entry, MVUserPrompt& prompt);
     bool loadDamagedList();
     void saveAfterFailedLoad();
-    bool askToPurge() const;
     WriteResult writeList();
     bool backUp (const juce::MemoryBlock& bytes, const MVBankList& list) const;
     MVBankList ownList() const;

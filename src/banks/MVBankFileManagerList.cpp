@@ -41,7 +41,7 @@ bool MVBankFileManager::loadBanks()
 
 bool MVBankFileManager::loadDamagedList()
 {
-    if (askToPurge() && purgeDamagedList())
+    if (MVBankList::askToPurge (prompt) && purgeDamagedList())
         saveAfterFailedLoad();
     else
         // It stays as it is; the next save asks again.
@@ -53,13 +53,6 @@ void MVBankFileManager::saveAfterFailedLoad()
 {
     saveBanks();
     prompt.tell ("Bank Librarian", "Some bank files failed to load.");
-}
-
-bool MVBankFileManager::askToPurge() const
-{
-    return prompt.askYesNo ("Load Banks Failure",
-                            "Ondrelith has detected that persistent state for your loaded banks is corrupt.  "
-                            "Do you wish to purge this state and load reload banks manually (recommended)?");
 }
 
 bool MVBankFileManager::isListDamaged() const
@@ -113,7 +106,7 @@ bool MVBankFileManager::saveBanks()
 {
     auto result = isWriteProtected (managerFile) ? WriteResult::failed : writeList();
     // The question is asked with no lock held: others need not wait for the user.
-    if (result == WriteResult::damaged && askToPurge())
+    if (result == WriteResult::damaged && MVBankList::askToPurge (prompt))
     {
         purgeDamagedList();
         result = writeList();

@@ -4,6 +4,7 @@
 #include "banks/MVBankBytes.h"
 #include "banks/MVDirectoryLock.h"
 #include "banks/MVFileSwap.h"
+#include "banks/MVUserPrompt.h"
 #include "foundation/MVChunks.h"
 #include "foundation/MVMath.h"
 #include "foundation/MVMetaData.h"
@@ -252,6 +253,13 @@ MVBankList MVBankList::merge (const MVBankList& base, const MVBankList& ours, co
             takeIdentity (entry, theirs.entries[their->second].uuid);
     }
     return merged;
+}
+
+bool MVBankList::askToPurge (MVUserPrompt& prompt)
+{
+    return prompt.askYesNo ("Load Banks Failure",
+                            "Ondrelith has detected that persistent state for your loaded banks is corrupt.  "
+                            "Do you wish to purge this state and load reload banks manually (recommended)?");
 }
 
 } // namespace morvanelab

@@ -16,6 +16,7 @@ namespace morvanelab
 {
 
 class MVMetaData;
+class MVUserPrompt;
 
 /** A bank as the list names it. */
 struct MVBankListEntry
@@ -53,6 +54,10 @@ enum class MVBankListState
 class MVBankList
 {
 public:
+    /** Asks whether a damaged list may be purged; true for yes. The caller then keeps its bytes. Where the prompt
+        may be used. */
+    static bool askToPurge (MVUserPrompt& prompt);
+
     std::vector<MVBankListEntry> entries;
 
     /** Reads a file; bytes receives all it holds, also if damaged. The list is empty unless good. Raises nothing. */

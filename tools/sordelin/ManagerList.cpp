@@ -59,9 +59,8 @@ std::string dumped (const Json& json) { return json.dump (2, ' ', false, Json::e
 
 void askAboutDamagedList (bool answer)
 {
-    if (! StderrPrompt (answer).askYesNo (
-            "Load Banks Failure", "Ondrelith has detected that persistent state for your loaded banks is corrupt.  "
-                                  "Do you wish to purge this state and load reload banks manually (recommended)?"))
+    StderrPrompt prompt (answer);
+    if (! MVBankList::askToPurge (prompt))
         throw badData ("Some bank files failed to load.");
 }
 
