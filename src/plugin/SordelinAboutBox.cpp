@@ -10,7 +10,6 @@ namespace morvanelab
 namespace
 {
 
-constexpr const char* version = "1.2.0";
 constexpr const char* logWord = "runlog";
 constexpr const char* logFile = "mv_log.txt";
 constexpr int boxWidth = 420;
@@ -29,7 +28,7 @@ SordelinAboutBox::SordelinAboutBox()
 
 juce::String SordelinAboutBox::text()
 {
-    return juce::String ("Version ") + version + "\n\n"
+    return juce::String ("Version " SORDELIN_VERSION "\n\n")
            + "A player for patches developed using the Ondrelith Modular Synth Evolver.\n\n"
            + "Written by the engineers of Morvane Lab.\n"
            + juce::String::fromUTF8 ("Copyright \xc2\xa9 2026 Morvane Lab. Free software under the GNU General Public "

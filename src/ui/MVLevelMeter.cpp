@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/MVLevelMeter.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace morvanelab
@@ -15,9 +16,10 @@ constexpr int shortestInterval = 34; ///< milliseconds: less than 30 pictures a 
 constexpr juce::uint32 peakHold = 1000;
 constexpr float lowestDecibels = -60.0F;
 constexpr float highestDecibels = 6.0F;
-constexpr std::array<int, 7> ticks { -48, -36, -24, -12, -6, 0, 6 };
+constexpr std::array<int, 7> ticks { 0, -12, -24, -48, 6, -6, -36 }; ///< what is told first where room is short
 constexpr float tickLength = 3.0F;
 constexpr float tickTextHeight = 10.0F;
+constexpr float tickTextWidth = 15.0F;
 constexpr float lightSide = 6.0F;
 
 float decibelsOf (float level) { return level > 0.0F ? 20.0F * std::log10 (level) : lowestDecibels; }
@@ -168,6 +170,8 @@ void MVLevelMeter::paintScale (juce::Graphics& graphics) const
     }
 
     graphics.setFont (themeFont (fontHeights::tiny - 1.5F));
+    juce::Array<float> told;
+    const float room = horizontal ? tickTextWidth : tickTextHeight;
     for (const int tick : ticks)
     {
         const float at = positionOf (proportionOfDecibels (static_cast<float> (tick)));
@@ -175,8 +179,11 @@ void MVLevelMeter::paintScale (juce::Graphics& graphics) const
         const auto mark = horizontal ? juce::Rectangle<float> (at - 0.5F, bar.getBottom(), 1.0F, tickLength)
                                      : juce::Rectangle<float> (bar.getRight(), at - 0.5F, tickLength, 1.0F);
         graphics.fillRect (mark);
-        if (! tickTexts)
+        const bool hasRoom =
+            std::none_of (told.begin(), told.end(), [&] (float other) { return std::abs (other - at) < room; });
+        if (! tickTexts || ! hasRoom)
             continue;
+        told.add (at);
         graphics.setColour (themeColour (textFaint));
         const auto label =
             horizontal ? juce::Rectangle<float> (24.0F, tickTextHeight)

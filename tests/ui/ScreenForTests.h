@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "host/WindowManagerNames.h"
+
 #include <dlfcn.h>
 
 #include <cstdlib>
@@ -9,9 +11,8 @@
 namespace morvanelab
 {
 
-/** A connection to the display, for tests that need real windows. While it lives the names exist that a window manager
-    would have brought: a bare virtual display has none, and the toolkit may not set properties under names it does not
-    find. Make it before the toolkit. */
+/** A connection to the display, for tests that need real windows: while it lives, windowManagerNames exist. Make it
+    before the toolkit. */
 class ScreenForTests
 {
 public:
@@ -24,10 +25,7 @@ public:
         display = open (nullptr);
         if (display == nullptr)
             return;
-        for (const char* name : { "WM_PROTOCOLS", "WM_TAKE_FOCUS", "WM_DELETE_WINDOW", "_NET_WM_PING",
-                                  "WM_CHANGE_STATE", "WM_STATE", "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_NORMAL",
-                                  "_NET_WM_WINDOW_TYPE_COMBO", "_NET_WM_STATE", "_NET_WM_STATE_HIDDEN",
-                                  "_NET_FRAME_EXTENTS", "_NET_WORKAREA", "_NET_WM_ALLOWED_ACTIONS", "_MOTIF_WM_HINTS" })
+        for (const char* name : host::windowManagerNames)
             intern (display, name, 0);
     }
     ~ScreenForTests()

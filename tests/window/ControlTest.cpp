@@ -278,11 +278,14 @@ TEST_F (Controls, helpMenuOpensGuidePageAndAboutBox)
     EXPECT_TRUE (opened[0].toString (false).contains ("user_guide"));
     EXPECT_EQ (rig.box(), ShownBox {});
 
-    rig.click ("HELP");
-    rig.choose ("Visit Morvane Lab");
-    EXPECT_EQ (rig.box(), (ShownBox { "Visit Morvane Lab", "Could not open.", { "Open" } }));
-    rig.click ("Open");
-    EXPECT_EQ (rig.box(), ShownBox {});
+    for (const auto* item : { "Online User Guide", "Visit Morvane Lab" })
+    {
+        rig.click ("HELP");
+        rig.choose (item);
+        EXPECT_EQ (rig.box(), (ShownBox { item, "Could not open.", { "Open" } }));
+        rig.click ("Open");
+        EXPECT_EQ (rig.box(), ShownBox {});
+    }
 
     rig.click ("HELP");
     rig.choose ("About");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "host/EditorWindow.h"
 
+#include "host/WindowManagerNames.h"
+
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
@@ -37,10 +39,7 @@ HostDisplay::HostDisplay()
     if (opened == nullptr)
         throw std::runtime_error ("no display");
     XSetErrorHandler (reportError);
-    for (const char* name :
-         { "WM_PROTOCOLS", "WM_TAKE_FOCUS", "WM_DELETE_WINDOW", "WM_CHANGE_STATE", "WM_STATE", "_NET_WM_PING",
-           "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_NORMAL", "_NET_WM_WINDOW_TYPE_COMBO", "_NET_WM_STATE",
-           "_NET_WM_STATE_HIDDEN", "_NET_FRAME_EXTENTS", "_NET_WORKAREA", "_NET_WM_ALLOWED_ACTIONS" })
+    for (const char* name : windowManagerNames)
         XInternAtom (opened, name, False);
     XSync (opened, False);
     display = opened;
