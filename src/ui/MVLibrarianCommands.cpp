@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/MVLibrarianCommands.h"
 
+#include "ui/MVLookAndFeel.h"
+
 #include <array>
 
 namespace morvanelab
@@ -72,13 +74,6 @@ juce::PopupMenu MVLibrarianCommandTarget::createMenu (std::initializer_list<Comm
         menu.addItem (item);
     }
     return menu;
-}
-
-juce::Component* menuParentOf (juce::Component& component)
-{
-    auto* const window =
-        dynamic_cast<juce::Component*> (juce::DragAndDropContainer::findParentDragContainerFor (&component));
-    return window != nullptr ? window : component.getTopLevelComponent();
 }
 
 void showLibrarianMenu (juce::Component& component, MVLibrarianCommandTarget& target, juce::PopupMenu menu)

@@ -67,10 +67,6 @@ public:
     juce::PopupMenu createMenu (std::initializer_list<MVLibrarianCommand> commands);
 };
 
-/** Whose child a menu of this component is to be: the plug-in's window, so that the menu has its zoom and stays in it.
- */
-juce::Component* menuParentOf (juce::Component& component);
-
 /** Shows a menu of commands where the mouse is, inside the window of a component, and performs what is chosen. Returns
    at once; nothing is performed if the component has gone by then. */
 void showLibrarianMenu (juce::Component& component, MVLibrarianCommandTarget& target, juce::PopupMenu menu);

@@ -63,6 +63,7 @@ public:
                                     int& height) override;
     juce::Font getPopupMenuFont() override;
     int getPopupMenuBorderSize() override;
+    juce::Component* getParentComponentForMenuOptions (const juce::PopupMenu::Options& options) override;
 
     juce::Rectangle<int> getTooltipBounds (const juce::String& text, juce::Point<int> position,
                                            juce::Rectangle<int> parentArea) override;
@@ -128,6 +129,10 @@ private:
     std::unique_ptr<juce::Drawable> folderImage;
     std::unique_ptr<juce::Drawable> documentImage;
 };
+
+/** Whose child a menu of this component is to be: the plug-in's window, so that the menu has its zoom and stays in it.
+ */
+juce::Component* menuParentOf (juce::Component& component);
 
 /** The one look-and-feel of all windows of this process, held by `juce::SharedResourcePointer<MVSharedLookAndFeel>` in
    the component that shows itself first. While it lives it is also the toolkit's default, so that menus, tooltips and

@@ -174,6 +174,21 @@ juce::Font MVLookAndFeel::getPopupMenuFont() { return themeFont (fontHeights::no
 
 int MVLookAndFeel::getPopupMenuBorderSize() { return menuBorder; }
 
+juce::Component* menuParentOf (juce::Component& component)
+{
+    auto* const window =
+        dynamic_cast<juce::Component*> (juce::DragAndDropContainer::findParentDragContainerFor (&component));
+    return window != nullptr ? window : component.getTopLevelComponent();
+}
+
+juce::Component* MVLookAndFeel::getParentComponentForMenuOptions (const juce::PopupMenu::Options& options)
+{
+    // Combo boxes name no parent.
+    auto* const target = options.getTargetComponent();
+    return options.getParentComponent() != nullptr || target == nullptr ? options.getParentComponent()
+                                                                        : menuParentOf (*target);
+}
+
 // --------------------------------------------------------------------------------------------------- tooltips
 
 juce::Rectangle<int> MVLookAndFeel::getTooltipBounds (const juce::String& tip, juce::Point<int> position,

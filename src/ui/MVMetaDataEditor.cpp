@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/MVMetaDataEditor.h"
 
-#include "ui/MVLibrarianCommands.h"
 #include "ui/MVLibrarianFocus.h"
 #include "ui/MVLibrarianImage.h"
 #include "ui/MVLibrarianText.h"
@@ -145,13 +144,12 @@ void MVMetaDataEditor::showGenres()
     juce::PopupMenu menu;
     for (int i = 0; i < genres.size(); ++i)
         menu.addItem (i + 1, genres[i]);
-    menu.showMenuAsync (
-        juce::PopupMenu::Options().withParentComponent (menuParentOf (*this)).withTargetComponent (genreButton),
-        [safe = SafePointer<MVMetaDataEditor> (this)] (int item)
-        {
-            if (safe != nullptr && item > 0)
-                safe->genre.editor.setText (safe->genres[item - 1]);
-        });
+    menu.showMenuAsync (juce::PopupMenu::Options().withTargetComponent (genreButton),
+                        [safe = SafePointer<MVMetaDataEditor> (this)] (int item)
+                        {
+                            if (safe != nullptr && item > 0)
+                                safe->genre.editor.setText (safe->genres[item - 1]);
+                        });
 }
 
 void MVMetaDataEditor::focusName() { name.editor.grabKeyboardFocus(); }
