@@ -12,6 +12,20 @@ namespace
 constexpr int firstWidth = 650;
 constexpr int firstHeight = 200;
 
+/** Nothing takes the keyboard just because the window has got it. */
+class ChosenFocusOnly : public juce::KeyboardFocusTraverser
+{
+public:
+    explicit ChosenFocusOnly (juce::Component& windowToUse) : window (windowToUse) {}
+    juce::Component* getDefaultComponent (juce::Component* parent) override
+    {
+        return parent == &window ? nullptr : KeyboardFocusTraverser::getDefaultComponent (parent);
+    }
+
+private:
+    juce::Component& window;
+};
+
 } // namespace
 
 SordelinAudioProcessorEditor::SordelinAudioProcessorEditor (juce::AudioProcessor& owner, SordelinMainView& view)
@@ -28,6 +42,11 @@ SordelinAudioProcessorEditor::~SordelinAudioProcessorEditor()
 {
     removeChildComponent (&mainView);
     deleteAllChildren();
+}
+
+std::unique_ptr<juce::ComponentTraverser> SordelinAudioProcessorEditor::createKeyboardFocusTraverser()
+{
+    return std::make_unique<ChosenFocusOnly> (*this);
 }
 
 void SordelinAudioProcessorEditor::followView()

@@ -19,6 +19,7 @@ public:
     void resized() override;
     void childBoundsChanged (juce::Component* child) override;
     void handleCommandMessage (int commandId) override;
+    std::unique_ptr<juce::ComponentTraverser> createKeyboardFocusTraverser() override;
 
 private:
     void followView();

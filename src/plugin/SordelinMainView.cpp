@@ -309,11 +309,13 @@ void SordelinMainView::poll()
 {
     midiPanel.poll();
     ioPanel.poll();
+    hostKeyboard.poll();
 }
 
 void SordelinMainView::leaveNothingOpen()
 {
     pollTimer.stopTimer();
+    hostKeyboard.forget();
     juce::PopupMenu::dismissAllActiveMenus(); // those with a window of their own would stay
     parameterPanel.endGestures();
     cancelDrag();

@@ -13,6 +13,7 @@
 #include "plugin/SordelinSettings.h"
 #include "plugin/SordelinWidgets.h"
 #include "ui/MVBankMgrComponent.h"
+#include "ui/MVHostKeyboard.h"
 #include "ui/MVLookAndFeel.h"
 #include "ui/MVMidiKeyboard.h"
 #include "ui/MVMidiMappingComponent.h"
@@ -117,6 +118,7 @@ private:
     MVBankMgrComponent librarian;
     SordelinOverlay overlay { SordelinOverlay::Closing::byClickBeside };
     SordelinBoxes boxes { *this };
+    MVHostKeyboard hostKeyboard { *this };
     std::unique_ptr<juce::TooltipWindow> tooltips;
     juce::ComponentBoundsConstrainer sizeLimits;
     juce::ResizableCornerComponent corner { this, &sizeLimits };

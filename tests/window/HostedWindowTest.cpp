@@ -138,4 +138,71 @@ TEST_F (HostedWindow, menusStayWhileTheHostHasTheKeyboard)
     rig.reset();
 }
 
+TEST_F (HostedWindow, leavesTheKeyboardToTheHost)
+{
+    if (display.empty())
+        GTEST_SKIP() << "no display";
+    showDisplay();
+    host::HostDisplay screen;
+    {
+        auto instance = rig->openWithPatch (slotSine); // has keys
+        host::EditorWindow window (*instance, screen);
+        constexpr int knobX = 600;
+        constexpr int knobY = 150;
+        focusTopWindow (screen.native(), knobX, knobY);
+        const auto around = focusedWindow (screen.native());
+        const auto inside = makeWindow (screen.native(), around, 0, 0);
+        const auto elsewhere = makeWindow (screen.native(), 0, 1000, 500);
+        struct Case
+        {
+            const char* name;
+            unsigned long before;
+            unsigned long after;
+            bool managed;
+            const char* key;
+        };
+        // Where there is a window manager, it gives the keyboard to the window that was clicked.
+        for (const auto& row : { Case { "around ours", around, around, false, "Return" },
+                                 Case { "a part of the host's", inside, inside, false, "Escape" },
+                                 Case { "another", elsewhere, elsewhere, false, "Return" },
+                                 Case { "managed around ours", around, around, true, "Escape" },
+                                 Case { "a part of the managed one", inside, inside, true, "Return" },
+                                 Case { "another, not the one clicked", elsewhere, around, true, "Escape" } })
+        {
+            SCOPED_TRACE (row.name);
+            if (row.managed)
+                markAsManaged (screen.native(), around);
+            focusWindow (screen.native(), row.before);
+            const auto click = [&] (int x, int y)
+            {
+                clickOnScreen (screen.native(), x, y);
+                window.idle (0.2);
+            };
+            click (knobX, knobY);
+            EXPECT_EQ (focusedWindow (screen.native()), row.after) << "after a click on the parameters";
+            EXPECT_FALSE (hearsKeys (screen.native(), knobX, knobY)) << "what is typed goes on to the host";
+
+            const auto menuPicture = [&] { return readScreen (screen.native(), 140, 40, 160, 60); };
+            const auto before = menuPicture();
+            click (210, 14);
+            EXPECT_GT (difference (menuPicture(), before), 0.3) << "the menu shows";
+            EXPECT_NE (focusedWindow (screen.native()), row.after) << "the menu has the keyboard";
+            const auto press = [&] (const char* key)
+            {
+                pressOnScreen (screen.native(), key);
+                window.idle (0.2);
+                EXPECT_EQ (focusedWindow (screen.native()), row.after) << "after " << key;
+            };
+            press ("Escape");
+            EXPECT_LT (difference (menuPicture(), before), 0.1) << "Escape closes the menu";
+
+            click (600, 460);
+            EXPECT_NE (focusedWindow (screen.native()), row.after) << "the keys on the screen have the keyboard";
+            EXPECT_TRUE (hearsKeys (screen.native(), knobX, knobY));
+            press (row.key);
+        }
+    }
+    rig.reset();
+}
+
 } // namespace morvanelab::test

@@ -77,6 +77,66 @@ void focusTopWindow (void* display, int x, int y)
     XSync (screen, False);
 }
 
+void focusWindow (void* display, unsigned long window)
+{
+    auto* screen = static_cast<Display*> (display);
+    XSetInputFocus (screen, window, RevertToParent, CurrentTime);
+    XSync (screen, False);
+}
+
+unsigned long focusedWindow (void* display)
+{
+    Window window = 0;
+    int revertsTo = 0;
+    XGetInputFocus (static_cast<Display*> (display), &window, &revertsTo);
+    return window;
+}
+
+unsigned long makeWindow (void* display, unsigned long parent, int x, int y)
+{
+    auto* screen = static_cast<Display*> (display);
+    const Window window =
+        XCreateSimpleWindow (screen, parent != 0 ? parent : DefaultRootWindow (screen), x, y, 10, 10, 0, 0, 0);
+    XMapWindow (screen, window);
+    XSync (screen, False);
+    return window;
+}
+
+void markAsManaged (void* display, unsigned long window)
+{
+    auto* screen = static_cast<Display*> (display);
+    const Atom name = XInternAtom (screen, "WM_STATE", False);
+    const long state[] { NormalState, None };
+    XChangeProperty (screen, window, name, name, 32, PropModeReplace, reinterpret_cast<const unsigned char*> (state),
+                     2);
+    XSync (screen, False);
+}
+
+bool hearsKeys (void* display, int x, int y)
+{
+    auto* screen = static_cast<Display*> (display);
+    XWindowAttributes attributes {};
+    XGetWindowAttributes (screen, windowAt (screen, x, y).window, &attributes);
+    return (attributes.all_event_masks & KeyPressMask) != 0;
+}
+
+void pressOnScreen (void* display, const std::string& key)
+{
+    auto* screen = static_cast<Display*> (display);
+    XEvent event {};
+    event.xkey.window = focusedWindow (screen);
+    event.xkey.root = DefaultRootWindow (screen);
+    event.xkey.time = CurrentTime;
+    event.xkey.same_screen = True;
+    event.xkey.keycode = XKeysymToKeycode (screen, XStringToKeysym (key.c_str()));
+    for (const int type : { KeyPress, KeyRelease })
+    {
+        event.xkey.type = type;
+        XSendEvent (screen, event.xkey.window, True, type == KeyPress ? KeyPressMask : KeyReleaseMask, &event);
+    }
+    XSync (screen, False);
+}
+
 std::vector<std::uint32_t> readScreen (void* display, int x, int y, int width, int height)
 {
     auto* screen = static_cast<Display*> (display);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace morvanelab::test
@@ -16,6 +17,17 @@ void nudgePointer (void* display);
 void clickOnScreen (void* display, int x, int y);
 /** Gives the keyboard to the window in front at a place of the screen, as a host's own window has it. */
 void focusTopWindow (void* display, int x, int y);
+/** Gives the keyboard to a window, and who has it now. */
+void focusWindow (void* display, unsigned long window);
+unsigned long focusedWindow (void* display);
+/** A window of one's own inside another one, or on the screen if that is 0; it goes with the connection. */
+unsigned long makeWindow (void* display, unsigned long parent, int x, int y);
+/** Marks a window as one that a window manager looks after. */
+void markAsManaged (void* display, unsigned long window);
+/** Whether a key that goes to the window under this place is heard there, and goes no further out. */
+bool hearsKeys (void* display, int x, int y);
+/** Presses a key, by its name, for whoever has the keyboard. */
+void pressOnScreen (void* display, const std::string& key);
 /** The colours of an area of the screen, row by row. */
 std::vector<std::uint32_t> readScreen (void* display, int x, int y, int width, int height);
 
