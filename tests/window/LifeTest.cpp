@@ -211,7 +211,7 @@ TEST_F (Life, whatItCosts)
     rig.load (WindowRig::rigBank, slotSine);
     rig.core().getKeyboardState().noteOn (1, 57, 0.8F);
     rig.processor().setNonRealtime (false);
-    AudioThread audio (rig.processor(), true);
+    AudioThread audio (rig.processor(), AudioThread::Pace::realTime);
     const auto share = [] (double seconds)
     {
         const auto used = processorSeconds();
