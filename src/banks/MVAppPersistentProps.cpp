@@ -105,6 +105,11 @@ MVAppPersistentProps::~MVAppPersistentProps()
 
 void MVAppPersistentProps::flush() { properties->saveIfNeeded(); }
 
+bool MVAppPersistentProps::removeAllBut (const juce::StringArray& keptKeys)
+{
+    return properties->removeAllBut (keptKeys);
+}
+
 juce::String MVAppPersistentProps::getDataDirectory (bool& existed)
 {
     const auto directory = getFile().getParentDirectory();

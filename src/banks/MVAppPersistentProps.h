@@ -40,6 +40,9 @@ public:
     /** Saves at once if there are unsaved changes. A failure is not reported; the next change tries again. */
     void flush();
 
+    /** Forgets all settings but those of the keys kept, at once. False if the file could not be changed. */
+    bool removeAllBut (const juce::StringArray& keptKeys);
+
     /** The directory of the program's own files, made if it is missing; a plain file in its place is deleted.
         existed tells whether it was there before. An empty path, after a box, if it cannot be made. */
     juce::String getDataDirectory (bool& existed);

@@ -2,6 +2,7 @@
 #include "banks/MVBankFileManager.h"
 
 #include "banks/MVAppPersistentProps.h"
+#include "banks/MVDirectoryLock.h"
 #include "banks/MVFileSwap.h"
 #include "foundation/MVException.h"
 #include "foundation/MVMath.h"
@@ -42,6 +43,17 @@ juce::File MVBankFileManager::findManagerFile (MVAppPersistentProps& properties)
     if (former.existsAsFile() && ! file.exists() && readFileContents (former, list))
         replaceFileContents (file, list.getData(), list.getSize());
     return file;
+}
+
+bool MVBankFileManager::deleteListIn (const juce::File& settingsDirectory)
+{
+    const MVDirectoryLock others (settingsDirectory);
+    const auto list = settingsDirectory.getChildFile (managerFileName);
+    bool done = true;
+    for (const auto& file : { list, backupSiblingOf (list), settingsDirectory.getChildFile (formerManagerFileName),
+                              settingsDirectory.getChildFile (selectionFileName) })
+        done = file.deleteFile() && done;
+    return done;
 }
 
 void MVBankFileManager::setManagerFile (const juce::File& file)

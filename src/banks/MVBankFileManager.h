@@ -50,6 +50,10 @@ public:
         An empty file if there is no settings directory. */
     static juce::File findManagerFile (MVAppPersistentProps& properties);
 
+    /** Deletes the list in the settings directory, with its backup and the selection; banks stay where they are. False
+        if any of it could not be deleted. */
+    static bool deleteListIn (const juce::File& settingsDirectory);
+
     /** Stores the path and starts with a fresh, empty selection file beside it. Loads nothing. */
     void setManagerFile (const juce::File& file);
     juce::File getManagerFile() const { return managerFile; }

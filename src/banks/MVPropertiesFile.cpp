@@ -199,6 +199,25 @@ bool MVPropertiesFile::saveIfNeeded()
     return unsavedKeys.empty() || write();
 }
 
+bool MVPropertiesFile::removeAllBut (const juce::StringArray& keptKeys)
+{
+    const MVDirectoryLock directoryLock (file.getParentDirectory());
+    const juce::ScopedLock guard (lock);
+    stopTimer();
+    followFile();
+    for (const auto& key : juce::StringArray (values.getAllKeys()))
+        if (! keptKeys.contains (key))
+            values.remove (juce::StringRef (key));
+    unsavedKeys.clear();
+
+    const auto text = format (values);
+    const bool done =
+        backupSiblingOf (file).deleteFile()
+        && (values.size() == 0 ? file.deleteFile() : replaceFileContents (file, text.data(), text.size()));
+    stamp = readStamp();
+    return done;
+}
+
 bool MVPropertiesFile::write()
 {
     juce::MemoryBlock bytes;

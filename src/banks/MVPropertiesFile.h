@@ -41,6 +41,10 @@ public:
         change. */
     bool saveIfNeeded();
 
+    /** Forgets all other keys, also in the file, at once, with what was kept under "_bak". The file goes if no key is
+        left. False if it could not be changed; the keys are forgotten all the same. */
+    bool removeAllBut (const juce::StringArray& keptKeys);
+
 private:
     /** What tells one version of a file from another. */
     struct Stamp

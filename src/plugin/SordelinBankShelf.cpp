@@ -2,6 +2,7 @@
 #include "plugin/SordelinBankShelf.h"
 
 #include "foundation/MVException.h"
+#include "plugin/SordelinPresetList.h"
 
 namespace morvanelab
 {
@@ -40,6 +41,11 @@ SordelinBankShelf::SordelinBankShelf (MVUserPrompt& promptToUse)
     : prompt (promptToUse), properties (MVAppPersistentProps::defaultApplicationName, "Application Support", prompt),
       bankManager (prompt)
 {
+    open();
+}
+
+void SordelinBankShelf::open()
+{
     bool directoryExisted = false;
     properties.getDataDirectory (directoryExisted);
     properties.setString ("app_media_download_url", mediaDownloadUrl);
@@ -77,6 +83,17 @@ void SordelinBankShelf::addBanksOnFirstRun (const juce::File& directory)
         }
     }
     properties.flush();
+}
+
+bool SordelinBankShelf::reset()
+{
+    const MVScopedLock scope (getLock());
+    // The directory may hold presets, and on some systems the settings of other programs.
+    const bool listGone = MVBankFileManager::deleteListIn (properties.getFile().getParentDirectory());
+    const bool settingsGone = properties.removeAllBut ({ SordelinPresetList::listKey });
+    open();
+    firstRun = true;
+    return listGone && settingsGone;
 }
 
 int SordelinBankShelf::findBank (const MVBankUuid& uuid)

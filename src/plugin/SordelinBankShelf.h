@@ -47,6 +47,11 @@ public:
         yet. Further calls, and later runs, do nothing. A file that is no bank is told to the user. */
     void addBanksOnFirstRun (const juce::File& directory);
 
+    /** Back to how it was before the first run: forgets all settings and the list of banks, in memory and on disk, but
+        for the list of presets, which are the user's work as banks are; such files themselves stay. The next
+        addBanksOnFirstRun is one. False if something on disk could not be deleted. */
+    bool reset();
+
     /** -1 if no bank has that identity, also among those that other instances have added meanwhile. */
     int findBank (const MVBankUuid& uuid);
     /** See MVBankFileManager. */
@@ -62,6 +67,8 @@ public:
     MVLocker& getLock() { return bankManager.getLock(); }
 
 private:
+    void open();
+
     MVUserPrompt& prompt;
     MVAppPersistentProps properties;
     MVBankFileManager bankManager;

@@ -145,13 +145,18 @@ void SordelinMainComponent::setVoices (int voices)
         return;
     const bool changes = voices != settings.getVoices();
     settings.storeVoices (voices);
-    if (changes && getAudioEngine() != nullptr && host.suspendAudio)
-    {
-        host.suspendAudio (true);
-        prepareEngine (engineFormat);
-        host.suspendAudio (false);
-    }
+    if (changes)
+        replaceEngine();
     postCommand (commandUpdateSettings);
+}
+
+void SordelinMainComponent::replaceEngine()
+{
+    if (getAudioEngine() == nullptr || ! host.suspendAudio)
+        return;
+    host.suspendAudio (true);
+    prepareEngine (engineFormat);
+    host.suspendAudio (false);
 }
 
 void SordelinMainComponent::panic()

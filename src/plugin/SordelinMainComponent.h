@@ -176,6 +176,9 @@ public:
     SordelinBankShelf& getShelf() { return shelf; }
     SordelinPrompt& getPrompt() { return prompt; }
     SordelinSettings& getSettings() { return settings; }
+    /** Asks whether all settings are to be forgotten, and if so does it: see SordelinBankShelf::reset. What is on the
+        disk as the user's work stays, and so does the patch that plays. finished is called if it was done. */
+    void offerReset (const std::function<void()>& finished);
     /** The display that shows; a number that is none counts as visualiserImage. Any thread. */
     void setVisualiser (int mode);
     int getVisualiser() const { return visualiserMode.load (std::memory_order_relaxed); }
@@ -238,6 +241,8 @@ private:
     void undoLoad (std::uintptr_t serial);
     void showPatchImage (const SordelinPatchBytes& image);
     LoadedPatch getLoadedPatch() const;
+    void reset();
+    void replaceEngine();
     void applyCompressor (MVRenderEngine& running);
     void readCompressor (MVRenderEngine& running);
     void postCommand (int commandId);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The parts of SordelinMainComponent that deal with stored states and with patches on their way into the engine.
+// The parts of SordelinMainComponent that deal with stored states and settings, and with patches on their way into the
+// engine.
 #include "plugin/SordelinMainComponent.h"
 
 #include "banks/SordelinPresetFile.h"
@@ -20,6 +21,11 @@ constexpr std::size_t smallestPatch = 32;
 constexpr std::uint32_t oldestVersion = 9300; ///< 0.9.3
 constexpr double patchFadeSeconds = 0.05;
 constexpr int settleMilliseconds = 200;
+
+constexpr const char* resetTitle = "Application Reset";
+constexpr const char* resetQuestion =
+    "You have selected option to clear all Sordelin persistent settings, including application registration key.  Are "
+    "you sure you wish to proceed?";
 
 [[noreturn]] void refusePatch (const char* text) { throw MVException (resultFailed, text); }
 
@@ -294,6 +300,29 @@ SordelinMainComponent::LoadedPatch SordelinMainComponent::getLoadedPatch() const
 juce::String SordelinMainComponent::getPatchName() const
 {
     return juce::String::fromUTF8 (getLoadedPatch().name.c_str());
+}
+
+void SordelinMainComponent::offerReset (const std::function<void()>& finished)
+{
+    prompt.runAsking (resetTitle,
+                      [this, finished]
+                      {
+                          if (! prompt.askYesNo (resetTitle, resetQuestion))
+                              return;
+                          reset();
+                          finished();
+                      });
+}
+
+void SordelinMainComponent::reset()
+{
+    const std::lock_guard<std::recursive_mutex> scope (shellLock);
+    if (! shelf.reset())
+        prompt.tell (resetTitle, "Some of the settings could not be deleted.  Please check your file system "
+                                 "permissions.");
+    shelf.addBanksOnFirstRun (firstBankDirectory);
+    replaceEngine(); // takes over play mode, voices and host notes
+    postCommand (commandUpdateSettings);
 }
 
 } // namespace morvanelab

@@ -5,6 +5,7 @@
 #include "plugin/SordelinMainComponent.h"
 #include "ui/MVColourPanel.h"
 #include "ui/MVMidiMappingList.h"
+#include "ui/MVX11Keyboard.h"
 
 namespace morvanelab
 {
@@ -112,6 +113,11 @@ void SordelinMainView::makeLibrarian()
     librarian.onLoad = [this] { main.loadSelectedPatch(); };
     librarian.onLayoutChange = [this] { storeTimer.startTimer (storeMilliseconds); };
     addChildComponent (librarian);
+    placeLibrarian();
+}
+
+void SordelinMainView::placeLibrarian()
+{
     // Beside what chooses patches, which stays within reach.
     librarian.setBounds (
         juce::Rectangle<int> (rightColumn, 0, defaultWidth - besideKeyboard, defaultHeight)
@@ -305,11 +311,31 @@ void SordelinMainView::tellShowing()
         leaveNothingOpen();
 }
 
+void SordelinMainView::showAsNew()
+{
+    librarian.close();
+    setTooltipsShown (main.getSettings().getShowHelp());
+    shared->look.applyCustomColours (main.getSettings().getCustomLookAndFeel());
+    applyColours();
+    setSize (defaultWidth, defaultHeight);
+    placeLibrarian();
+    setZoom (main.getSettings().getZoom());
+    completeStartUp();
+}
+
+bool SordelinMainView::areCtrlAltShiftHeld()
+{
+    const auto held = x11::getHeldModifiers();
+    return held.isCtrlDown() && held.isAltDown() && held.isShiftDown();
+}
+
 void SordelinMainView::poll()
 {
     midiPanel.poll();
     ioPanel.poll();
     hostKeyboard.poll();
+    if (! std::exchange (resetOffered, true) && areResetKeysHeld())
+        main.offerReset ([this] { showAsNew(); });
 }
 
 void SordelinMainView::leaveNothingOpen()

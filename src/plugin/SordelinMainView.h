@@ -65,6 +65,9 @@ public:
     /** Window size and librarian as they are. */
     SordelinSettings::Dimensions getDimensions() const;
     void applyDimensionSettings (const SordelinSettings::Dimensions& dimensions);
+    /** Asked once, when the window first shows: whether the keys are held that offer the application reset, Ctrl, Alt
+        and Shift together. */
+    std::function<bool()> areResetKeysHeld { &SordelinMainView::areCtrlAltShiftHeld };
     /** Takes the size a host gives, in the host's pixels, as far as the limits allow. */
     void takeHostSize (int width, int height);
 
@@ -87,6 +90,7 @@ private:
     void postSordelinCommand (int commandId) override { postCommandMessage (commandId); }
     void makeButtons();
     void makeLibrarian();
+    void placeLibrarian();
     void showMenuOf (juce::Component& button, juce::PopupMenu menu, void (SordelinMenus::*chosen) (int));
     void openPanel (std::unique_ptr<juce::Component> content, bool takesKeys);
     void completeStartUp();
@@ -94,6 +98,8 @@ private:
     void applyColours();
     void storeDimensions();
     void tellShowing();
+    static bool areCtrlAltShiftHeld();
+    void showAsNew();
     void poll();
     void leaveNothingOpen();
     void cancelDrag();
@@ -127,6 +133,7 @@ private:
     juce::Rectangle<int> wordmarkArea;
     bool dropOffered = false;
     bool startedUp = false;
+    bool resetOffered = false;
 };
 
 } // namespace morvanelab

@@ -13,7 +13,6 @@ namespace morvanelab
 namespace
 {
 
-constexpr const char* listKey = "presets_list";
 constexpr const char* rootName = "xml_wrapper";
 constexpr const char* listName = "saved_presets";
 constexpr const char* entryName = "preset_file";

@@ -22,6 +22,8 @@ namespace morvanelab
 class SordelinPresetList
 {
 public:
+    static constexpr const char* listKey = "presets_list";
+
     /** What the window mirrors. */
     struct Combo
     {

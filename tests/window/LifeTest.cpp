@@ -190,6 +190,76 @@ TEST_F (Life, keptLayoutIsAppliedOnCommand)
     EXPECT_EQ (rig.window().getHeight(), 640);
 }
 
+TEST_F (Life, heldKeysOfferTheApplicationReset)
+{
+    const ShownBox question { "Application Reset",
+                              "You have selected option to clear all Sordelin persistent settings, including "
+                              "application registration key.  Are you sure you wish to proceed?",
+                              { "Yes", "No" } };
+    const auto foreign = rig.files().home().getChildFile ("other.settings");
+    foreign.create();
+    foreign.replaceWithText ("not ours");
+    rig.click ("SAVE PRESET AS");
+    rig.type ("Mine");
+    rig.click ("Apply");
+    const auto added = rig.files().writeBank ("Added");
+    rig.plugin().banks().addBankFile (-1, added);
+    rig.core().setVoices (4);
+    rig.core().setPlayMode (SordelinSettings::polyMode);
+    rig.core().setPlayHostNotes (true);
+    rig.view().setTooltipsShown (true);
+    rig.window().setSize (1200, 640);
+    rig.view().setZoom (150);
+
+    const auto settings = [&]
+    {
+        const auto& stored = rig.core().getSettings();
+        return std::vector<int> { stored.getVoices(),
+                                  stored.getPlayMode(),
+                                  stored.getZoom(),
+                                  stored.getPlayHostNotes(),
+                                  stored.getShowHelp(),
+                                  rig.view().getWidth(),
+                                  rig.core().isPlayingHostNotes(),
+                                  rig.plugin().banks().getBankCount() };
+    };
+    const auto changed = settings();
+    const std::vector<int> fresh { 16, SordelinSettings::monoMode, 100, 0, 0, SordelinMainView::defaultWidth, 0, 2 };
+    EXPECT_NE (changed, fresh);
+
+    const auto openWithKeys = [&] (bool held)
+    {
+        rig.restart();
+        rig.view().areResetKeysHeld = [held] { return held; };
+        rig.load (WindowRig::rigBank, slotSine);
+        rig.open();
+        WindowRig::run (0.2);
+    };
+    openWithKeys (false);
+    EXPECT_EQ (rig.box(), ShownBox {});
+    openWithKeys (true);
+    EXPECT_EQ (rig.box(), question);
+    rig.click ("No");
+    EXPECT_EQ (settings(), changed);
+
+    openWithKeys (true);
+    rig.click ("Yes");
+    WindowRig::run (0.2);
+    EXPECT_EQ (rig.box(), ShownBox {});
+    EXPECT_EQ (settings(), fresh);
+    rig.settle();
+    rig.core().getKeyboardState().noteOn (1, 69, 0.8F);
+    EXPECT_NEAR (pitchOf (rig.plugin().render (8192)), sinePitch, pitchTolerance) << "the patch plays on";
+    EXPECT_EQ (rig.window().getWidth(), SordelinMainView::defaultWidth);
+
+    openWithKeys (false);
+    EXPECT_EQ (settings(), fresh) << "the next day";
+    EXPECT_EQ (foreign.loadFileAsString(), "not ours");
+    EXPECT_TRUE (added.existsAsFile());
+    EXPECT_TRUE (rig.files().preset ("Mine").existsAsFile());
+    EXPECT_EQ (rig.as<juce::ComboBox> ("PRESET").getNumItems(), 1);
+}
+
 TEST_F (Life, whatItCosts)
 {
     rig.close();
