@@ -29,6 +29,22 @@ constexpr int tooltipDelay = 600;
 
 const juce::Colour noKeyboardColour { 0xFF969696 };
 
+/** Tooltips wherever the pointer is: the toolkit shows none before it takes the process for the one in use, which in a
+    host's window it does only after a click, and no longer once the host has the keyboard again. */
+class HoverTips : public juce::TooltipWindow
+{
+public:
+    using TooltipWindow::TooltipWindow;
+
+    juce::String getTipFor (juce::Component& component) override
+    {
+        auto* const client = dynamic_cast<juce::TooltipClient*> (&component);
+        const bool busy = juce::ModifierKeys::currentModifiers.isAnyMouseButtonDown()
+                          || component.isCurrentlyBlockedByAnotherModalComponent();
+        return client == nullptr || busy ? juce::String() : client->getTooltip();
+    }
+};
+
 } // namespace
 
 SordelinMainView::SordelinMainView (SordelinMainComponent& owner)
@@ -176,7 +192,7 @@ void SordelinMainView::showLibrarian() { librarian.open(); }
 void SordelinMainView::setTooltipsShown (bool shown)
 {
     main.getSettings().setShowHelp (shown);
-    tooltips = shown ? std::make_unique<juce::TooltipWindow> (this, tooltipDelay) : nullptr;
+    tooltips = shown ? std::make_unique<HoverTips> (this, tooltipDelay) : nullptr;
 }
 
 void SordelinMainView::setZoom (int percent)

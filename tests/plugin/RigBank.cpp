@@ -60,6 +60,7 @@ void writeRigSettings (const std::filesystem::path& home, const RigSettings& set
     std::ofstream file (home / "MorvaneLab_Sordelin_1.props");
     file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<PROPERTIES>\n"
          << "<VALUE name=\"play_host_notes\" val=\"" << settings.playHostNotes << "\"/>\n"
+         << "<VALUE name=\"show_help_buttons\" val=\"" << settings.showHelp << "\"/>\n"
          << "<VALUE name=\"play_mode\" val=\"" << settings.playMode << "\"/>\n"
          << "<VALUE name=\"voices\" val=\"" << settings.voices << "\"/>\n</PROPERTIES>\n";
 }

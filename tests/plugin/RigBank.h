@@ -21,6 +21,7 @@ struct RigSettings
     bool playHostNotes = true;
     int playMode = 2;
     int voices = 4;
+    bool showHelp = false;
 };
 
 /** Writes the settings into a home, which is made. */

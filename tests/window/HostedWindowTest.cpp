@@ -138,6 +138,33 @@ TEST_F (HostedWindow, menusStayWhileTheHostHasTheKeyboard)
     rig.reset();
 }
 
+TEST_F (HostedWindow, tooltipsShowBeforeAnyClick)
+{
+    if (display.empty())
+        GTEST_SKIP() << "no display";
+    rig.reset();
+    RigSettings settings;
+    settings.showHelp = true;
+    rig = std::make_unique<PluginRig> (settings);
+    showDisplay();
+    host::HostDisplay screen;
+    {
+        auto instance = rig->openWithPatch (slotSquare);
+        host::EditorWindow window (*instance, screen);
+        window.idle (0.3);
+        const auto belowMenuButton = [&] { return readScreen (screen.native(), 210, 28, 60, 40); };
+        const auto before = belowMenuButton();
+        for (const int x : { 208, 209, 210 })
+        {
+            movePointer (screen.native(), x, 14);
+            window.idle (0.1);
+        }
+        window.idle (1.2);
+        EXPECT_GT (difference (belowMenuButton(), before), 0.3);
+    }
+    rig.reset();
+}
+
 TEST_F (HostedWindow, leavesTheKeyboardToTheHost)
 {
     if (display.empty())

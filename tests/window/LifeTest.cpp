@@ -93,6 +93,12 @@ TEST_F (Life, zoomScalesTheWindowAndItsClicks)
         rig.click ("MUTE OUTPUT");
         EXPECT_NE (rig.core().outputMuted.load(), muted) << percent;
     }
+    rig.as<juce::ComboBox> ("PRESET").showPopup();
+    WindowRig::run (0.1);
+    const auto* const menu = juce::Component::getCurrentlyModalComponent();
+    ASSERT_NE (menu, nullptr);
+    EXPECT_EQ (menu->getParentComponent(), &rig.view()) << "menus of boxes have the zoom too";
+    rig.press (juce::KeyPress::escapeKey);
     rig.close();
     rig.open();
     EXPECT_NEAR (rig.window().getWidth(), width * 2.5, 1.0);

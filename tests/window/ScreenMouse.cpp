@@ -38,9 +38,14 @@ Hit windowAt (Display* display, int x, int y)
 
 void nudgePointer (void* display)
 {
-    auto* screen = static_cast<Display*> (display);
     for (const int place : { 2, 3 })
-        XWarpPointer (screen, None, DefaultRootWindow (screen), 0, 0, 0, 0, place, place);
+        movePointer (display, place, place);
+}
+
+void movePointer (void* display, int x, int y)
+{
+    auto* screen = static_cast<Display*> (display);
+    XWarpPointer (screen, None, DefaultRootWindow (screen), 0, 0, 0, 0, x, y);
     XSync (screen, False);
 }
 
@@ -48,8 +53,7 @@ void clickOnScreen (void* display, int x, int y)
 {
     auto* screen = static_cast<Display*> (display);
     const Window root = DefaultRootWindow (screen);
-    XWarpPointer (screen, None, root, 0, 0, 0, 0, x, y);
-    XSync (screen, False);
+    movePointer (display, x, y);
     const auto hit = windowAt (screen, x, y);
     for (const int type : { ButtonPress, ButtonRelease })
     {

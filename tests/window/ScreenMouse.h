@@ -13,6 +13,8 @@ namespace morvanelab::test
 /** Moves the pointer to and fro at the top left: whoever has a window there hears of it, and of what the screen had to
     say before. */
 void nudgePointer (void* display);
+/** Moves the pointer to a place of the screen. */
+void movePointer (void* display, int x, int y);
 /** Moves the pointer to a place of the screen and clicks with the left button what lies there. */
 void clickOnScreen (void* display, int x, int y);
 /** Gives the keyboard to the window in front at a place of the screen, as a host's own window has it. */
