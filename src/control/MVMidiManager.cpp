@@ -107,7 +107,8 @@ bool MVMidiManager::appendAll (MVMidiMapList& list, const Records& added)
 template <typename Test>
 bool MVMidiManager::anyRecord (MVMidiMapList* list, Test&& test)
 {
-    if (list == nullptr)
+    // Most of the 4096 controllers are mapped to nothing: those cost no lock.
+    if (list == nullptr || list->isEmpty())
         return false;
 
     const MVScopedLock lock (mappingLock);
@@ -118,6 +119,9 @@ bool MVMidiManager::anyRecord (MVMidiMapList* list, Test&& test)
 template <typename Test>
 void MVMidiManager::removeRecords (MVMidiMapList& list, Test&& test)
 {
+    if (list.isEmpty())
+        return;
+
     const MVScopedLock lock (mappingLock);
     const Records* const present = list.get();
 
