@@ -27,6 +27,13 @@ constexpr int pollMilliseconds = 34;
 constexpr int storeMilliseconds = 500; ///< after the last change of size
 constexpr int tooltipDelay = 600;
 
+/** 0 for a command that is none of ours. */
+std::uint64_t pendingBit (int commandId)
+{
+    const int place = commandId - commandUpdateFromPatch;
+    return place >= 0 && place < 64 ? std::uint64_t { 1 } << place : 0;
+}
+
 const juce::Colour noKeyboardColour { 0xFF969696 };
 
 /** Tooltips wherever the pointer is: the toolkit shows none before it takes the process for the one in use, which in a
@@ -237,8 +244,17 @@ void SordelinMainView::storeDimensions()
     main.getSettings().setDimensions (getDimensions());
 }
 
+void SordelinMainView::postSordelinCommand (int commandId)
+{
+    // A host may change patches faster than they can be shown: a command that still waits says it all.
+    const auto bit = pendingBit (commandId);
+    if (bit == 0 || (pendingCommands.fetch_or (bit) & bit) == 0)
+        postCommandMessage (commandId);
+}
+
 void SordelinMainView::handleCommandMessage (int commandId)
 {
+    pendingCommands.fetch_and (~pendingBit (commandId));
     switch (commandId)
     {
         case commandUpdateFromPatch:

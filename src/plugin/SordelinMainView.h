@@ -18,6 +18,9 @@
 #include "ui/MVMidiKeyboard.h"
 #include "ui/MVMidiMappingComponent.h"
 
+#include <atomic>
+#include <cstdint>
+
 namespace morvanelab
 {
 
@@ -87,7 +90,7 @@ public:
     void itemDropped (const SourceDetails& details) override;
 
 private:
-    void postSordelinCommand (int commandId) override { postCommandMessage (commandId); }
+    void postSordelinCommand (int commandId) override;
     void makeButtons();
     void makeLibrarian();
     void placeLibrarian();
@@ -130,6 +133,7 @@ private:
     juce::ResizableCornerComponent corner { this, &sizeLimits };
     SordelinTimer pollTimer { [this] { poll(); } };
     SordelinTimer storeTimer { [this] { storeDimensions(); } };
+    std::atomic<std::uint64_t> pendingCommands { 0 }; ///< posted and not yet handled, one bit each
     juce::Rectangle<int> wordmarkArea;
     bool dropOffered = false;
     bool startedUp = false;

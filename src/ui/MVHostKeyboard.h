@@ -6,9 +6,9 @@
 namespace morvanelab
 {
 
-/** Leaves the keyboard to the host but while something of ours is meant to have it: a component of the window has the
-    focus, or a menu shows in the window. On X11 the toolkit takes the keyboard with every click, and never gives it
-    back; elsewhere this has nothing to do. Message thread. */
+/** Leaves the keyboard to the host except while something of ours is meant to have it: a component of the window has
+    the focus, or a menu shows in the window. On X11 the toolkit takes the keyboard with every click, and never gives
+    it back; elsewhere this has nothing to do. Message thread. */
 class MVHostKeyboard : private juce::MouseListener, private juce::FocusChangeListener
 {
 public:

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 
 namespace morvanelab::test
 {
@@ -72,6 +73,12 @@ void AudioThread::play (juce::AudioProcessor& processor, Pace pace)
         next = std::max (next + pause, Clock::now() - pause);
         std::this_thread::sleep_until (next);
     }
+}
+
+double enduranceSeconds (double usual)
+{
+    const char* const wanted = std::getenv ("SORDELIN_SOAK_SECONDS");
+    return wanted != nullptr ? std::atof (wanted) : usual;
 }
 
 double processorSeconds()

@@ -47,6 +47,9 @@ private:
     std::thread thread;
 };
 
+/** How long a test of endurance lasts: as usual, or as the environment variable SORDELIN_SOAK_SECONDS says. */
+double enduranceSeconds (double usual);
+
 /** Processor time that this process has used, in seconds. */
 double processorSeconds();
 

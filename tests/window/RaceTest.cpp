@@ -41,7 +41,7 @@ TEST (Race, audioWindowAndHostAtOnce)
                 }
             });
         const bool onScreen = WindowRig::hasDisplay();
-        const double end = juce::Time::getMillisecondCounterHiRes() + 5000.0;
+        const double end = juce::Time::getMillisecondCounterHiRes() + enduranceSeconds (5.0) * 1000.0;
         for (int turn = 0; juce::Time::getMillisecondCounterHiRes() < end; ++turn)
         {
             rig.open (onScreen);
@@ -53,6 +53,15 @@ TEST (Race, audioWindowAndHostAtOnce)
                 rig.view().setMappingMode (1);
             WindowRig::run (0.2);
             rig.core().getKeyboardState().noteOff (1, 40 + turn % 40, 0.0F);
+            if (onScreen)
+            {
+                rig.window().setSize (900 + turn % 7 * 40, 450 + turn % 5 * 30);
+                if (auto* const knob = rig.look ("PARAMETER 1"))
+                    rig.drag (*knob, { 0, turn % 2 == 0 ? -30 : 30 });
+                WindowRig::run (0.05);
+                if (turn % 4 != 0)
+                    rig.drop(); // else the window goes in the middle of the drag
+            }
             if (turn % 2 == 0)
                 rig.close();
         }

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A host at full load, whose user does not leave the window alone. SORDELIN_SOAK_SECONDS makes it last longer.
+// A host at full load, whose user does not leave the window alone.
 #include "support/Sanitizers.h"
 #include "window/AudioThread.h"
 #include "window/WindowRig.h"
 
-#include <cstdlib>
 #include <iostream>
 
 namespace morvanelab::test
@@ -14,12 +13,6 @@ namespace
 {
 
 constexpr double usualSeconds = 6.0;
-
-double soakSeconds()
-{
-    const char* const wanted = std::getenv ("SORDELIN_SOAK_SECONDS");
-    return wanted != nullptr ? std::atof (wanted) : usualSeconds;
-}
 
 using Soak = WindowTest;
 
@@ -32,7 +25,7 @@ TEST_F (Soak, noBlockIsLateWhileTheWindowIsInUse)
     rig.core().getKeyboardState().noteOn (1, 60, 0.8F);
     AudioThread audio (rig.processor(), AudioThread::Pace::fullLoad);
     constexpr int views[] { 0, 1, 2, 3, 4, 5, 7 };
-    const double end = juce::Time::getMillisecondCounterHiRes() + soakSeconds() * 1000.0;
+    const double end = juce::Time::getMillisecondCounterHiRes() + enduranceSeconds (usualSeconds) * 1000.0;
     int turns = 0;
     for (; juce::Time::getMillisecondCounterHiRes() < end; ++turns)
     {
