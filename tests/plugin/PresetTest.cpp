@@ -261,6 +261,9 @@ TEST_F (Presets, damagedListIsKeptAside)
     aside.getChildFile ("in the way").createDirectory();
     EXPECT_EQ (plugin->core().loadPresetList(), 14);
     EXPECT_EQ (saveAs (*plugin, "Refused"), Boxes { writeBox });
+    plugin->core().savePresetList();
+    EXPECT_EQ (plugin->user.takeBoxes(),
+               Boxes { "Save Preset|The list of presets is damaged and could not be kept aside, could not save.|OK" });
     EXPECT_EQ (plugin->core().getShelf().getProperties().getString ("presets_list"), damaged) << "it is all there is";
 
     aside.deleteRecursively();
