@@ -87,14 +87,12 @@ bool canMakeContext (const XLibrary& x, Display* display)
     bool made = false;
     if (count > 0)
     {
-        XVisualInfo* const visual = glXGetVisualFromFBConfig (display, configs[0]);
+        const XVisualInfo* const visual = glXGetVisualFromFBConfig (display, configs[0]); // ours frees it
         GLXContext const context = glXCreateNewContext (display, configs[0], GLX_RGBA_TYPE, nullptr, True);
         x.sync (display, False);
         made = visual != nullptr && context != nullptr && ! errorSeen;
         if (context != nullptr)
             glXDestroyContext (display, context);
-        if (visual != nullptr)
-            x.free (visual);
     }
     x.free (configs);
     x.sync (display, False);

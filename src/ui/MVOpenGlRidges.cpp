@@ -112,7 +112,11 @@ void MVOpenGlRidges::show (const juce::Image& background, const MVSpectrumHistor
     renderer->context.triggerRepaint();
 }
 
-void MVOpenGlRidges::keepNextPicture() { renderer->drawing.keepNextPicture(); }
+void MVOpenGlRidges::keepNextPicture()
+{
+    renderer->drawing.keepNextPicture();
+    renderer->context.triggerRepaint();
+}
 
 juce::Image MVOpenGlRidges::takeKeptPicture() { return renderer->drawing.takeKeptPicture(); }
 

@@ -25,6 +25,15 @@ auto forward (const char* name, Arguments... arguments)
     return function != nullptr ? function (arguments...) : Result();
 }
 
+/** Frees what the window system's library has allocated; that library is there whoever has a display. */
+void freeForX (void* memory)
+{
+    static void* const x11 = dlopen ("libX11.so.6", RTLD_LAZY | RTLD_LOCAL);
+    auto* const function = x11 != nullptr ? reinterpret_cast<decltype (XFree)*> (dlsym (x11, "XFree")) : nullptr;
+    if (memory != nullptr && function != nullptr)
+        function (memory);
+}
+
 } // namespace
 
 bool glxLibraryIsThere() { return library() != nullptr; }
@@ -34,6 +43,7 @@ void* glxFunction (const char* name) { return library() != nullptr ? dlsym (libr
 } // namespace morvanelab
 
 using morvanelab::forward;
+using morvanelab::freeForX;
 
 // The names that the toolkit's OpenGL module is linked to. Hidden: other libraries of the process keep their own.
 extern "C"
@@ -47,7 +57,11 @@ extern "C"
 
     XVisualInfo* glXGetVisualFromFBConfig (Display* display, GLXFBConfig config)
     {
-        return forward<decltype (glXGetVisualFromFBConfig)> ("glXGetVisualFromFBConfig", display, config);
+        // For the message thread, and good until the next call: the toolkit looks at it at once and never frees it.
+        static XVisualInfo* visual = nullptr;
+        freeForX (visual);
+        visual = forward<decltype (glXGetVisualFromFBConfig)> ("glXGetVisualFromFBConfig", display, config);
+        return visual;
     }
 
     GLXContext glXCreateNewContext (Display* display, GLXFBConfig config, int type, GLXContext shared, Bool direct)
