@@ -20,7 +20,7 @@ define configure
 	@cmake --preset $(1) >build/$(1).log || { cat build/$(1).log; exit 1; }
 endef
 
-.PHONY: all setup release asan tsan fuzz-targets demo factory-audition screenshots test bench fuzz format check-format clean
+.PHONY: all setup release asan tsan demo factory-audition screenshots test bench fuzz format check-format clean
 
 all: release
 
@@ -31,13 +31,14 @@ release: setup
 	$(call configure,$@)
 	cmake --build build/$@ -j $(JOBS)
 
-asan tsan: setup
+tsan: setup
 	$(call configure,$@)
 	cmake --build build/$@ -j $(JOBS) --target all_tests
 
-fuzz-targets: setup
-	$(call configure,fuzz)
-	cmake --build build/fuzz -j $(JOBS) --target fuzz
+# One tree for the tests and the fuzzers, which need the same sanitizers.
+asan: setup
+	$(call configure,$@)
+	cmake --build build/$@ -j $(JOBS) --target all_tests fuzz
 
 demo: release
 	tools/demo.sh $(CURDIR)/dist $(CURDIR)/out
@@ -54,15 +55,14 @@ test:
 	@$(MAKE) --no-print-directory release
 	@$(MAKE) --no-print-directory asan
 	@$(MAKE) --no-print-directory tsan
-	@$(MAKE) --no-print-directory fuzz-targets
-	fuzz/run.sh build/fuzz $(SHORT_FUZZ_SECONDS)
+	fuzz/run.sh build/asan $(SHORT_FUZZ_SECONDS)
 	tools/run-tests.sh build/release build/asan build/tsan
 
 bench: release
 	@for program in build/release/bench/bench_*; do echo "== $$program"; $$program || exit 1; done
 
-fuzz: fuzz-targets
-	fuzz/run.sh build/fuzz $(FUZZ_SECONDS)
+fuzz: asan
+	fuzz/run.sh build/asan $(FUZZ_SECONDS)
 
 format:
 	$(CLANG_FORMAT) -i $(SOURCES)

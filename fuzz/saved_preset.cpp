@@ -28,7 +28,8 @@ void readAsPreset (SordelinMainComponent& core, const std::vector<std::uint8_t>&
     const juce::TemporaryFile file (SordelinPresetFile::extension);
     {
         juce::FileOutputStream stream (file.getFile());
-        stream.write (bytes.data(), bytes.size());
+        if (! bytes.empty())
+            stream.write (bytes.data(), bytes.size());
     }
     SordelinState state;
     fuzz::require (SordelinPresetFile::read (file.getFile(), state), "a file of any size is a preset");

@@ -43,7 +43,8 @@ public:
 private:
     void* symbol (const char* name) const { return library != nullptr ? dlsym (library, name) : nullptr; }
 
-    void* library = dlopen ("libX11.so.6", RTLD_NOW | RTLD_GLOBAL);
+    // Stays for good: each time that library is unloaded, it loses the tables it keeps.
+    void* library = dlopen ("libX11.so.6", RTLD_NOW | RTLD_GLOBAL | RTLD_NODELETE);
     void* display = nullptr;
 };
 
