@@ -316,7 +316,6 @@ void SordelinMainComponent::offerReset (const std::function<void()>& finished)
 
 void SordelinMainComponent::reset()
 {
-    const std::lock_guard<std::recursive_mutex> scope (shellLock);
     if (! shelf.reset())
         prompt.tell (resetTitle, "Some of the settings could not be deleted.  Please check your file system "
                                  "permissions.");

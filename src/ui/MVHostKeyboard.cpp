@@ -56,7 +56,10 @@ void MVHostKeyboard::poll()
 
 void MVHostKeyboard::leaveToHost (const juce::ComponentPeer& peer)
 {
-    if (peer.isFocused())
+    if (! peer.isFocused())
+        return;
+    hostWindow = x11::findHostWindow (peer); // hosts put their windows into each other when they like
+    if (hostWindow != 0)
         x11::giveFocusBack (peer, hostWindow, lastFocused);
 }
 

@@ -87,7 +87,7 @@ bool canMakeContext (const XLibrary& x, Display* display)
     bool made = false;
     if (count > 0)
     {
-        const XVisualInfo* const visual = glXGetVisualFromFBConfig (display, configs[0]); // ours frees it
+        const XVisualInfo* const visual = glXGetVisualFromFBConfig (display, configs[0]); // the next call frees it
         GLXContext const context = glXCreateNewContext (display, configs[0], GLX_RGBA_TYPE, nullptr, True);
         x.sync (display, False);
         made = visual != nullptr && context != nullptr && ! errorSeen;
