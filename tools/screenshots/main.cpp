@@ -14,7 +14,7 @@ void chord (Studio& studio, bool on)
 {
     for (const int key : { 48, 55, 64 })
         if (on)
-            studio.core().getKeyboardState().noteOn (1, key, 0.7F);
+            studio.core().getKeyboardState().noteOn (1, key, 0.4F);
         else
             studio.core().getKeyboardState().noteOff (1, key, 0.0F);
 }
