@@ -18,6 +18,8 @@ constexpr juce::uint32 silenceAfter = 700; // milliseconds
 constexpr int lookInterval = 250;          // milliseconds
 constexpr int waitStep = 9;                // milliseconds
 constexpr int mostBlocksATick = 256;
+constexpr double restForWork = 2.0;
+constexpr double longestRest = 1000.0; // milliseconds
 
 } // namespace
 
@@ -174,6 +176,24 @@ void MVDataAnimator::tick()
 
     if (std::exchange (wasSilent, isSilent()) != wasSilent)
         repaint();
+}
+
+void MVDataAnimator::timerCallback()
+{
+    const double begin = juce::Time::getMillisecondCounterHiRes();
+    tick();
+    afterTick();
+    const double work = juce::Time::getMillisecondCounterHiRes() - begin + std::exchange (paintMilliseconds, 0.0);
+    const int interval = std::max (timerInterval, static_cast<int> (std::min (work * restForWork, longestRest)));
+    if (running && interval != getTimerInterval())
+        startTimer (interval);
+}
+
+void MVDataAnimator::paint (juce::Graphics& graphics)
+{
+    const double begin = juce::Time::getMillisecondCounterHiRes();
+    paintDisplay (graphics);
+    paintMilliseconds += juce::Time::getMillisecondCounterHiRes() - begin;
 }
 
 void MVDataAnimator::deliverNewest()

@@ -64,7 +64,11 @@ public:
     bool isCovered() const;
     bool isTouchedByOthers() const;
 
-    void timerCallback() override { tick(); }
+    /** Ticks. The next time comes after the interval, or after twice the time that this tick and the last picture have
+        taken if that is longer, but within a second: a large display on a slow machine has to leave the message
+        thread, which is the host's, to others too. */
+    void timerCallback() final;
+    void paint (juce::Graphics& graphics) final;
 
 protected:
     /** The interval in milliseconds, and for Delivery::newest how many samples are handed over at a time. */
@@ -87,6 +91,9 @@ protected:
         std::thread::id threadBefore;
     };
 
+    virtual void paintDisplay (juce::Graphics& graphics) = 0;
+    /** Called on the timer after each tick. */
+    virtual void afterTick() {}
     /** Called when the display has started or stopped being active. */
     virtual void activityChanged (bool /*isActive*/) {}
     /** Called when the sample rate has changed. */
@@ -123,6 +130,7 @@ private:
     std::atomic<std::thread::id> busyThread {};
     std::atomic<std::uint32_t> lastSignal { 0 };
     std::atomic<bool> hadSignal { false };
+    double paintMilliseconds = 0.0; ///< since the last tick
     bool wasSilent = true;
     bool active = false;
     Look look { *this };

@@ -75,7 +75,7 @@ void MVPLLWaveformDisplay::paintBackdrop (juce::Graphics& graphics) const
     displayAxes::paintTitle (graphics, bounds, "Phase Lock Waveform");
 }
 
-void MVPLLWaveformDisplay::paint (juce::Graphics& graphics)
+void MVPLLWaveformDisplay::paintDisplay (juce::Graphics& graphics)
 {
     backdrop.draw (graphics, getLocalBounds(), [this] (juce::Graphics& g) { paintBackdrop (g); });
 

@@ -16,7 +16,7 @@ public:
     MVPLLWaveformDisplay();
 
     void processData (const double* samples, int byteCount) override;
-    void paint (juce::Graphics& graphics) override;
+    void paintDisplay (juce::Graphics& graphics) override;
     void resized() override;
 
     /** y of each point, from the trigger on; the middle behind the block's end. */

@@ -96,12 +96,6 @@ void MVSpectrogram3d::activityChanged (bool isActive)
         updateOpenGl();
 }
 
-void MVSpectrogram3d::timerCallback()
-{
-    tick();
-    updateOpenGl();
-}
-
 void MVSpectrogram3d::updateOpenGl()
 {
     // The context's window lies before every other component, so it gives way to whatever comes over the display, and
@@ -188,7 +182,7 @@ void MVSpectrogram3d::paintFloor (juce::Graphics& graphics) const
     displayAxes::paintTitle (graphics, bounds, "3d Spectrogram");
 }
 
-void MVSpectrogram3d::paint (juce::Graphics& graphics)
+void MVSpectrogram3d::paintDisplay (juce::Graphics& graphics)
 {
     const float newScale = displayScale (graphics);
     if (newScale != scale)

@@ -60,16 +60,15 @@ public:
     /** y of each bin of the newest frame. */
     const std::array<double, numBins>& bins() const { return values; }
 
-    void paint (juce::Graphics& graphics) override;
+    void paintDisplay (juce::Graphics& graphics) override;
     void resized() override;
     void mouseDown (const juce::MouseEvent& event) override;
     void mouseDrag (const juce::MouseEvent& event) override;
     void mouseDoubleClick (const juce::MouseEvent& event) override;
     void mouseWheelMove (const juce::MouseEvent& event, const juce::MouseWheelDetails& wheel) override;
 
-    void timerCallback() override;
-
 private:
+    void afterTick() override { updateOpenGl(); }
     void activityChanged (bool isActive) override;
     void sampleRateChanged() override;
     void viewChanged();

@@ -103,7 +103,7 @@ void MVSpectrogramDisplay::paintAxes (juce::Graphics& graphics) const
     displayAxes::paintTitle (graphics, bounds, "Spectrogram");
 }
 
-void MVSpectrogramDisplay::paint (juce::Graphics& graphics)
+void MVSpectrogramDisplay::paintDisplay (juce::Graphics& graphics)
 {
     displayAxes::paintBackground (graphics, getLocalBounds());
     const int width = columns.getWidth();

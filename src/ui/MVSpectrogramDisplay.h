@@ -19,7 +19,7 @@ public:
     MVSpectrogramDisplay();
 
     void processData (const double* samples, int byteCount) override;
-    void paint (juce::Graphics& graphics) override;
+    void paintDisplay (juce::Graphics& graphics) override;
     void resized() override;
 
     /** The columns; the oldest is that at the write column. As high as 90 % of the display. */

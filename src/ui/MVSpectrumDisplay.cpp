@@ -73,7 +73,7 @@ void MVSpectrumDisplay::paintBackdrop (juce::Graphics& graphics) const
     displayAxes::paintTitle (graphics, bounds, "Spectrum");
 }
 
-void MVSpectrumDisplay::paint (juce::Graphics& graphics)
+void MVSpectrumDisplay::paintDisplay (juce::Graphics& graphics)
 {
     backdrop.draw (graphics, getLocalBounds(), [this] (juce::Graphics& g) { paintBackdrop (g); });
 

@@ -17,7 +17,7 @@ public:
     MVSpectrumDisplay();
 
     void processData (const double* samples, int byteCount) override;
-    void paint (juce::Graphics& graphics) override;
+    void paintDisplay (juce::Graphics& graphics) override;
     void resized() override;
 
     /** y of each bin. */

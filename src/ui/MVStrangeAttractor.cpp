@@ -136,7 +136,7 @@ void MVStrangeAttractor::paintBackdrop (juce::Graphics& graphics) const
     displayAxes::paintTitle (graphics, bounds, "Strange Attractor");
 }
 
-void MVStrangeAttractor::paint (juce::Graphics& graphics)
+void MVStrangeAttractor::paintDisplay (juce::Graphics& graphics)
 {
     const float scale = displayScale (graphics);
     if (scale != static_cast<float> (pictureScale))

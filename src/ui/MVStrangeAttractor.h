@@ -15,7 +15,7 @@ public:
     MVStrangeAttractor();
 
     void processData (const double* samples, int byteCount) override;
-    void paint (juce::Graphics& graphics) override;
+    void paintDisplay (juce::Graphics& graphics) override;
     void resized() override;
 
     /** What has been drawn, as large as the display in pixels of the screen it was last painted on. */

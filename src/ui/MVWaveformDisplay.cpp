@@ -81,7 +81,7 @@ void MVWaveformDisplay::paintBackdrop (juce::Graphics& graphics) const
     displayAxes::paintTitle (graphics, bounds, "Scroll Waveform");
 }
 
-void MVWaveformDisplay::paint (juce::Graphics& graphics)
+void MVWaveformDisplay::paintDisplay (juce::Graphics& graphics)
 {
     backdrop.draw (graphics, getLocalBounds(), [this] (juce::Graphics& g) { paintBackdrop (g); });
 

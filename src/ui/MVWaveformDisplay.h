@@ -19,7 +19,7 @@ public:
 
     /** Takes a block of any length as one column. */
     void processData (const double* samples, int byteCount) override;
-    void paint (juce::Graphics& graphics) override;
+    void paintDisplay (juce::Graphics& graphics) override;
     void resized() override;
 
     using Ring = std::array<double, ringSize>;

@@ -33,9 +33,16 @@ struct Recorder : MVDataAnimator
             onDelivery();
     }
 
+    void paintDisplay (juce::Graphics&) override
+    {
+        if (onPaint)
+            onPaint();
+    }
+
     using MVDataAnimator::running;
 
     std::function<void()> onDelivery;
+    std::function<void()> onPaint;
     std::vector<Samples> taken;
 };
 
@@ -93,6 +100,30 @@ TEST_F (DisplayAnimator, canBeStoppedInTheMiddleOfADeliveryByTheSameThread)
     deliver (display, { 1.0 });
     EXPECT_FALSE (display.isRunning());
     EXPECT_EQ (source.calls, "off ");
+}
+
+TEST_F (DisplayAnimator, slowPicturesComeLessOften)
+{
+    Recorder display;
+    display.setSize (100, 50);
+    display.setRunning (true);
+    const juce::Image image (juce::Image::RGB, 100, 50, true);
+    const auto intervalAfter = [&] (int milliseconds)
+    {
+        display.onPaint = [=] { juce::Thread::sleep (milliseconds); };
+        juce::Graphics graphics (image);
+        display.paintEntireComponent (graphics, true);
+        display.timerCallback();
+        return display.getTimerInterval();
+    };
+    EXPECT_EQ (intervalAfter (0), 40);
+    EXPECT_GE (intervalAfter (60), 120);
+    EXPECT_EQ (intervalAfter (700), 1000);
+    EXPECT_EQ (intervalAfter (0), 40) << "as before once there is time";
+
+    display.setRunning (false);
+    intervalAfter (60);
+    EXPECT_FALSE (display.isTimerRunning());
 }
 
 TEST_F (DisplayAnimator, attachingStopsAndForwardsTheFlag)
