@@ -28,6 +28,7 @@ private:
 
     bool isOurs (const juce::Component* component) const;
     bool isMenuShown() const;
+    bool isFocusOurs() const;
     bool isWanted() const;
     void leaveToHost (const juce::ComponentPeer& peer);
 
@@ -37,7 +38,8 @@ private:
     const juce::ComponentPeer* knownPeer = nullptr;
     bool wanted = true; ///< keys are heard
     bool menuShown = false;
-    bool unsettled = false; ///< the toolkit may have taken the keyboard
+    bool fieldBeforeMenu = false; ///< one had the focus when the menu came
+    bool unsettled = false;       ///< the toolkit may have taken the keyboard
 };
 
 } // namespace morvanelab
