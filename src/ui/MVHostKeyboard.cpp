@@ -44,21 +44,14 @@ void MVHostKeyboard::poll()
     if (menu != std::exchange (menuShown, menu))
     {
         unsettled = true;
-        fieldBeforeMenu = isFocusOurs();
         if (menu)
             peer->grabFocus(); // arrows, Return and Escape are for the menu
     }
-    // With the keyboard the toolkit gives the focus to the field that had it last, which nobody has asked for.
-    if (menu && ! fieldBeforeMenu && isFocusOurs())
-        juce::Component::unfocusAllComponents();
     const bool wants = isWanted();
     if (wants != std::exchange (wanted, wants))
         x11::setKeysHeard (*peer, wants);
-    if (! wants && unsettled)
+    if (! wants && std::exchange (unsettled, false))
         leaveToHost (*peer);
-    if (unsettled)
-        x11::deliverEvents (*peer);
-    unsettled = wants && unsettled;
 }
 
 void MVHostKeyboard::leaveToHost (const juce::ComponentPeer& peer)
@@ -84,9 +77,10 @@ bool MVHostKeyboard::isMenuShown() const
     return false;
 }
 
-bool MVHostKeyboard::isFocusOurs() const { return isOurs (juce::Component::getCurrentlyFocusedComponent()); }
-
-bool MVHostKeyboard::isWanted() const { return isFocusOurs() || isMenuShown(); }
+bool MVHostKeyboard::isWanted() const
+{
+    return isOurs (juce::Component::getCurrentlyFocusedComponent()) || isMenuShown();
+}
 
 void MVHostKeyboard::mouseEnter (const juce::MouseEvent&)
 {

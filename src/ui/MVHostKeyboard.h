@@ -28,7 +28,6 @@ private:
 
     bool isOurs (const juce::Component* component) const;
     bool isMenuShown() const;
-    bool isFocusOurs() const;
     bool isWanted() const;
     void leaveToHost (const juce::ComponentPeer& peer);
 
@@ -38,8 +37,7 @@ private:
     const juce::ComponentPeer* knownPeer = nullptr;
     bool wanted = true; ///< keys are heard
     bool menuShown = false;
-    bool fieldBeforeMenu = false; ///< one had the focus when the menu came
-    bool unsettled = false;       ///< the toolkit may have taken the keyboard
+    bool unsettled = false; ///< the toolkit may have taken the keyboard
 };
 
 } // namespace morvanelab

@@ -156,21 +156,6 @@ void setKeysHeard (const juce::ComponentPeer& ours, bool heard)
         calls().xSelectInput (screen(), windowOf (ours), mask);
 }
 
-void deliverEvents (const juce::ComponentPeer& ours)
-{
-    const Lock lock;
-    auto* const display = screen();
-    if (calls().xPending (display) == 0)
-        return;
-    ::XEvent wake {};
-    wake.xclient.type = ClientMessage;
-    wake.xclient.window = windowOf (ours);
-    wake.xclient.message_type = calls().xInternAtom (display, "SORDELIN_WAKE", False);
-    wake.xclient.format = 32;
-    calls().xSendEvent (display, windowOf (ours), False, NoEventMask, &wake);
-    calls().xFlush (display);
-}
-
 #else
 
 juce::ModifierKeys getHeldModifiers() { return juce::ModifierKeys::getCurrentModifiersRealtime(); }
@@ -178,7 +163,6 @@ std::uintptr_t getFocusedWindow() { return 0; }
 std::uintptr_t findHostWindow (const juce::ComponentPeer&) { return 0; }
 void giveFocusBack (const juce::ComponentPeer&, std::uintptr_t, std::uintptr_t) {}
 void setKeysHeard (const juce::ComponentPeer&, bool) {}
-void deliverEvents (const juce::ComponentPeer&) {}
 
 #endif
 

@@ -30,10 +30,6 @@ void giveFocusBack (const juce::ComponentPeer& ours, std::uintptr_t host, std::u
     keyboard lies around it: only if that does not listen does the host get what is typed. */
 void setKeysHeard (const juce::ComponentPeer& ours, bool heard);
 
-/** Has the toolkit look at its events. A question to the window system may bring events along, of which the toolkit,
-    which waits for new ones to arrive, otherwise learns with the next one only. */
-void deliverEvents (const juce::ComponentPeer& ours);
-
 } // namespace x11
 
 } // namespace morvanelab

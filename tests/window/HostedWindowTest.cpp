@@ -232,34 +232,4 @@ TEST_F (HostedWindow, leavesTheKeyboardToTheHost)
     rig.reset();
 }
 
-TEST_F (HostedWindow, menuBringsNoFieldBackThatHadTheKeyboard)
-{
-    if (display.empty())
-        GTEST_SKIP() << "no display";
-    showDisplay();
-    host::HostDisplay screen;
-    {
-        auto instance = rig->openWithPatch (slotSquare);
-        host::EditorWindow window (*instance, screen);
-        focusTopWindow (screen.native(), 600, 150);
-        const auto owner = focusedWindow (screen.native());
-        const auto click = [&] (int x, int y)
-        {
-            clickOnScreen (screen.native(), x, y);
-            window.idle (0.3);
-        };
-        click (283, 41); // the librarian
-        click (520, 88); // its search field
-        EXPECT_NE (focusedWindow (screen.native()), owner);
-        focusWindow (screen.native(), owner);
-        window.idle (0.3);
-        click (210, 14);
-        EXPECT_NE (focusedWindow (screen.native()), owner) << "the menu has the keyboard";
-        pressOnScreen (screen.native(), "Escape");
-        window.idle (0.3);
-        EXPECT_EQ (focusedWindow (screen.native()), owner);
-    }
-    rig.reset();
-}
-
 } // namespace morvanelab::test
