@@ -91,6 +91,7 @@ protected:
         std::thread::id threadBefore;
     };
 
+    /** Draws the display; what it takes counts for the pace of timerCallback. */
     virtual void paintDisplay (juce::Graphics& graphics) = 0;
     /** Called on the timer after each tick. */
     virtual void afterTick() {}

@@ -113,6 +113,8 @@ std::uintptr_t getFocusedWindow()
 
 std::uintptr_t findHostWindow (const juce::ComponentPeer& ours)
 {
+    if (screen() == nullptr)
+        return 0;
     const Lock lock;
     const ErrorTrap trap;
     if (isManaged (windowOf (ours)))
@@ -133,11 +135,8 @@ void giveFocusBack (const juce::ComponentPeer& ours, std::uintptr_t host, std::u
     const ErrorTrap trap;
     ::Window target = preferred;
     const bool isWindow = target != None && target != PointerRoot;
-    if (isManaged (host) || target == None)
-    {
-        if (! isWindow || ! isInside (target, host))
-            target = host;
-    }
+    if (target == None || (isManaged (host) && ! (isWindow && isInside (target, host))))
+        target = host;
     if (target != PointerRoot && (! canHaveFocus (target) || isInside (target, windowOf (ours))))
         target = host;
     if (target == PointerRoot || canHaveFocus (target))

@@ -7,7 +7,8 @@ namespace morvanelab
 {
 
 /** What the toolkit leaves open about the keyboard where our window is a child of a host's window on X11. Message
-    thread, with a display. On other systems nothing here does anything, but where it is told. */
+    thread; all but findHostWindow and getHeldModifiers with a display. On other systems nothing here does anything,
+    but where it is told. */
 namespace x11
 {
 
@@ -19,7 +20,8 @@ juce::ModifierKeys getHeldModifiers();
 std::uintptr_t getFocusedWindow();
 
 /** The host's window around ours: the nearest one around that a window manager looks after or, without a window
-    manager, the outermost one. 0 if ours is the host's own kind of window, one that lies on the desktop. */
+    manager, the outermost one. 0 if ours is the host's own kind of window, one that lies on the desktop, or if there is
+    no display. */
 std::uintptr_t findHostWindow (const juce::ComponentPeer& ours);
 
 /** Gives the keyboard to preferred, a window that had it before. Where that has gone, or is no part of a host's window
